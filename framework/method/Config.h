@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <variant>
+#include <vector>
+
+#include "framework/base/BioStream.h"
+#include "framework/base/String.h"
+#include "framework/mo/Dn.h"
+
+namespace method {
+
+/// A property's value; the alternative's index is the type tag on the wire.
+using Value = std::variant<std::monostate, bool, std::uint8_t, std::int32_t, std::uint32_t,
+                           std::uint64_t, float, base::String>;
+
+/// A managed object as an argument of a method: class, name, flags and the values of its set
+/// properties. A plain value; layout in docs/stimulus.md.
+class Config {
+ public:
+  Config() = default;
+  Config(std::uint32_t classId, const mo::Dn& dn, std::uint32_t flags = 0)
+      : classId_(classId), flags_(flags), dn_(dn) {}
+
+  std::uint32_t classId() const { return classId_; }
+  std::uint32_t flags() const { return flags_; }
+  const mo::Dn& dn() const { return dn_; }
+  const std::map<std::uint32_t, Value>& values() const { return values_; }
+  const std::vector<Config>& children() const { return children_; }
+
+  void set(std::uint32_t propertyId, Value value) { values_[propertyId] = std::move(value); }
+  /// The value, or null when the property is not set.
+  const Value* find(std::uint32_t propertyId) const;
+  /// Objects that travel along: what the object resolves and what stands below it.
+  Config& addChild(Config child);
+
+  void serialize(base::OBioStream& stream) const;
+  /// False, leaving the object empty, on an underrun, an unknown type tag or too deep a nesting.
+  bool deserialize(base::IBioStream& stream);
+
+  bool operator==(const Config&) const = default;
+
+ private:
+  bool deserialize(base::IBioStream& stream, unsigned int depth);
+
+  std::uint32_t classId_ = 0;
+  std::uint32_t flags_ = 0;
+  mo::Dn dn_;
+  std::map<std::uint32_t, Value> values_;
+  std::vector<Config> children_;
+};
+
+/// An ordered list of configurations as one argument.
+class ConfigSet {
+ public:
+  void append(Config config) { configs_.push_back(std::move(config)); }
+  const std::vector<Config>& configs() const { return configs_; }
+  std::size_t size() const { return configs_.size(); }
+
+  void serialize(base::OBioStream& stream) const;
+  /// False, leaving the set empty, when the bytes do not decode.
+  bool deserialize(base::IBioStream& stream);
+
+  bool operator==(const ConfigSet&) const = default;
+
+ private:
+  std::vector<Config> configs_;
+};
+
+}  // namespace method

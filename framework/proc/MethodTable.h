@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string_view>
+
+#include "framework/base/BioStream.h"
+#include "framework/proc/Stimulus.h"
+
+namespace proc {
+
+/// Takes an encoded answer towards the peer that made the call.
+using AnswerSink = std::function<void(base::OBioStream&& bytes)>;
+
+/// A method call that arrived: its bytes and the way back.
+class InboundCall {
+ public:
+  /// `bytes` are borrowed for the life of the object; `sink` may be empty when nobody can be told.
+  InboundCall(const unsigned char* bytes, std::size_t size, AnswerSink sink);
+
+  /// Reads the header into `method` and leaves stream() at the arguments. False on a bad header.
+  bool open(Stimulus& method);
+  base::IBioStream& stream() { return stream_; }
+  /// Runs the callback. An exception that leaves it is logged at level 8 and fails the method.
+  void run(Stimulus& method, const std::function<void()>& callback);
+  /// Sends the outcome of `method`, with `results` when it succeeded; nothing when the method
+  /// requires no response.
+  void answer(const Stimulus& method, const std::function<void(base::OBioStream&)>& results);
+
+ private:
+  base::IBioStream stream_;
+  AnswerSink sink_;
+};
+
+/// An answer that arrived to a call made here.
+class InboundAnswer {
+ public:
+  /// `bytes` are borrowed for the life of the object.
+  InboundAnswer(const unsigned char* bytes, std::size_t size);
+
+  /// Reads the header and the outcome. False when the bytes are no answer.
+  bool parse();
+  std::uint32_t classId() const { return header_.classId(); }
+  bool isFailure() const { return isFailure_; }
+  const Stimulus::Failure& failure() const { return failure_; }
+  /// Copies header fields (cookie, address, priority) into `method`. Valid after parse().
+  bool open(Stimulus& method) const;
+  /// At the results. Valid after parse().
+  base::IBioStream& stream() { return stream_; }
+
+ private:
+  class Header : public Stimulus {
+   public:
+    Header() = default;
+  };
+
+  base::IBioStream stream_;
+  Header header_;
+  bool isFailure_ = false;
+  Stimulus::Failure failure_;
+};
+
+/// What is called for one method. Every operation returns false when the bytes do not decode as
+/// this method or nothing is registered for the direction; the dispatcher logs it.
+class MethodHandler {
+ public:
+  virtual ~MethodHandler() = default;
+  virtual std::string_view name() const = 0;
+  virtual bool execute(InboundCall& call) const = 0;
+  virtual bool succeeded(InboundAnswer& answer) const = 0;
+  virtual bool failed(InboundAnswer& answer) const = 0;
+};
+
+/// The callbacks of this process's service, by method class id. Filled at start-up by the method
+/// objects' registerCbs, read-only once the service is active, so reads take no lock.
+class MethodTable {
+ public:
+  static MethodTable& instance();
+
+  void install(std::uint32_t classId, std::unique_ptr<MethodHandler> handler);
+  /// The handler, or null when none is registered.
+  const MethodHandler* find(std::uint32_t classId) const;
+  std::size_t size() const { return handlers_.size(); }
+  /// For tests: forgets every registration.
+  void clear() { handlers_.clear(); }
+
+ private:
+  std::map<std::uint32_t, std::unique_ptr<MethodHandler>> handlers_;
+};
+
+}  // namespace proc
