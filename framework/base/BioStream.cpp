@@ -1,0 +1,102 @@
+#include "framework/base/BioStream.h"
+
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <string_view>
+
+namespace base {
+
+void OBioStream::loopWrite(const unsigned char* data, unsigned size) {
+  append(data, size);
+}
+
+void OBioStream::append(const void* data, std::size_t size) {
+  const auto* first = static_cast<const unsigned char*>(data);
+  bytes_.insert(bytes_.end(), first, first + size);
+}
+
+void OBioStream::write(const String& value) {
+  writeSized(value.c_str(), value.size());
+}
+
+void OBioStream::write(const Buffer& value) {
+  writeSized(value.data(), value.size());
+}
+
+void OBioStream::writeSized(const void* data, std::size_t size) {
+  if (size > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::length_error("value too long for a binary stream");
+  }
+  write(static_cast<std::uint32_t>(size));
+  append(data, size);
+}
+
+bool IBioStream::fail() noexcept {
+  failed_ = true;
+  return false;
+}
+
+bool IBioStream::readRaw(void* out, std::size_t size) noexcept {
+  if (failed_ || size > remaining_) {
+    return fail();
+  }
+  if (size != 0) {
+    std::memcpy(out, next_, size);
+    next_ += size;
+    remaining_ -= size;
+  }
+  return true;
+}
+
+bool IBioStream::loopRead(unsigned char* out, unsigned size) noexcept {
+  return readRaw(out, size);
+}
+
+bool IBioStream::read(bool& value) noexcept {
+  std::uint8_t byte = 0;
+  if (!read(byte)) {
+    return false;
+  }
+  if (byte > 1) {
+    return fail();
+  }
+  value = byte == 1;
+  return true;
+}
+
+const unsigned char* IBioStream::takeSized(std::uint32_t& size) noexcept {
+  if (!read(size)) {
+    return nullptr;
+  }
+  if (size > remaining_) {
+    fail();
+    return nullptr;
+  }
+  const unsigned char* first = next_;
+  next_ += size;
+  remaining_ -= size;
+  return first;
+}
+
+bool IBioStream::read(String& value) {
+  std::uint32_t size = 0;
+  const unsigned char* first = takeSized(size);
+  if (first == nullptr) {
+    return false;
+  }
+  value = String(std::string_view(reinterpret_cast<const char*>(first), size));
+  return true;
+}
+
+bool IBioStream::read(Buffer& value) {
+  std::uint32_t size = 0;
+  const unsigned char* first = takeSized(size);
+  if (first == nullptr) {
+    return false;
+  }
+  value.allocate(first, size);
+  return true;
+}
+
+}  // namespace base

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "framework/base/Buffer.h"
+#include "framework/base/String.h"
+
+// The binary codec that the service, the management engine and the tests share.
+//
+//   number  its own width (1, 2, 4 or 8 bytes), byte order of the host
+//   bool    one byte, 0 or 1
+//   String  length in bytes as a 4-byte number, then the bytes, without a terminator
+//   Buffer  as String
+//
+// Both ends run on one machine, so host order is never converted.
+
+namespace base {
+
+// Writes values one after another into memory that it owns. For one thread at a time.
+class OBioStream {
+ public:
+  // Appends `size` bytes as they are, without a length.
+  void loopWrite(const unsigned char* data, unsigned size);
+
+  void write(std::uint8_t value) { writeRaw(value); }
+  void write(std::uint16_t value) { writeRaw(value); }
+  void write(std::uint32_t value) { writeRaw(value); }
+  void write(std::uint64_t value) { writeRaw(value); }
+  void write(std::int32_t value) { writeRaw(value); }
+  void write(std::int64_t value) { writeRaw(value); }
+  void write(float value) { writeRaw(value); }
+  void write(double value) { writeRaw(value); }
+  void write(bool value) { writeRaw(static_cast<std::uint8_t>(value ? 1 : 0)); }
+  // Both throw std::length_error, with nothing written, on 4 GiB and more.
+  void write(const String& value);
+  void write(const Buffer& value);
+  // A text literal would otherwise become a bool.
+  template <typename T>
+  void write(const T*) = delete;
+
+  // What has been written; valid until the next call that is not const.
+  const unsigned char* data() const noexcept { return bytes_.data(); }
+  std::size_t size() const noexcept { return bytes_.size(); }
+  // Forgets the content and keeps the memory for the next one.
+  void clear() noexcept { bytes_.clear(); }
+
+ private:
+  template <typename T>
+  void writeRaw(T value) {
+    append(&value, sizeof(value));
+  }
+  void append(const void* data, std::size_t size);
+  void writeSized(const void* data, std::size_t size);
+
+  std::vector<unsigned char> bytes_;
+};
+
+// Reads values from bytes that somebody else owns and that stay in place while this lives. For
+// one thread at a time.
+//
+// Every read returns true and stores the value, or returns false and leaves its argument: when
+// too few bytes are left, a length is larger than the rest, or a bool is neither 0 nor 1.
+// The first failure is sticky: every later read fails as well, so a caller may read a whole
+// record and look at failed() once. No length is trusted with an allocation before it has been
+// compared with the bytes that are there.
+class IBioStream {
+ public:
+  IBioStream(const unsigned char* data, std::size_t size) noexcept
+      : next_(data), remaining_(data == nullptr ? 0 : size) {}
+
+  // Copies exactly `size` bytes into `out`.
+  bool loopRead(unsigned char* out, unsigned size) noexcept;
+
+  bool read(std::uint8_t& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(std::uint16_t& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(std::uint32_t& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(std::uint64_t& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(std::int32_t& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(std::int64_t& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(float& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(double& value) noexcept { return readRaw(&value, sizeof(value)); }
+  bool read(bool& value) noexcept;
+  bool read(String& value);
+  bool read(Buffer& value);
+
+  // Bytes not read yet.
+  std::size_t remaining() const noexcept { return remaining_; }
+  bool failed() const noexcept { return failed_; }
+
+ private:
+  bool fail() noexcept;
+  bool readRaw(void* out, std::size_t size) noexcept;
+  // Steps over a length and that many bytes; null when they are not all there.
+  const unsigned char* takeSized(std::uint32_t& size) noexcept;
+
+  const unsigned char* next_;
+  std::size_t remaining_;
+  bool failed_ = false;
+};
+
+}  // namespace base
