@@ -70,3 +70,14 @@ function(zan_test name)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 120 LABELS "${ARG_LABELS}")
 endfunction()
+
+# The system's own Python: another one may stand first on PATH and lack the packaged modules.
+find_program(ZAN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+
+# zan_python_test(NAME FILE [LABELS ...])
+# One file of Python unit tests as a CTest entry.
+function(zan_python_test name file)
+  cmake_parse_arguments(ARG "" "" "LABELS" ${ARGN})
+  add_test(NAME ${name} COMMAND ${ZAN_PYTHON} -B ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 120 LABELS "${ARG_LABELS}")
+endfunction()
