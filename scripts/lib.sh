@@ -18,3 +18,22 @@ failUsage() {
   printf '%s: %s (see %s --help)\n' "${0##*/}" "$1" "$0" >&2
   exit 2
 }
+
+# buildPreset PRESET [TARGET...]: configures and builds in build/PRESET of the current folder.
+buildPreset() {
+  local preset=$1 jobs
+  shift
+  jobs=$(nproc)
+  cmake --preset "$preset" --log-level=WARNING
+  cmake --build --preset "$preset" -j "$jobs" ${1+--target "$@"}
+}
+
+# Runs a command without address randomisation where the kernel lets us: the sanitizers' fixed
+# shadow ranges collide with the wide randomisation of newer kernels.
+runWithPlainAddresses() {
+  if setarch -R true 2>/dev/null; then
+    setarch -R "$@"
+  else
+    "$@"
+  fi
+}
