@@ -1,0 +1,78 @@
+#include "framework/noxxml/AgElement.h"
+
+#include <type_traits>
+
+namespace noxxml {
+
+static_assert(std::is_trivially_destructible_v<AgElement>,
+              "the factory frees its memory without destroying elements one by one");
+
+base::String AgElement::name() const {
+  return base::String(name_);
+}
+
+base::String AgElement::text() const {
+  return base::String(text_);
+}
+
+base::String AgElement::attribute(const base::String& name) const {
+  const Attribute* const found = findAttribute(name.view());
+  return found == nullptr ? base::String() : base::String(found->value);
+}
+
+AgElement::Attribute* AgElement::findAttribute(std::string_view name) const noexcept {
+  Attribute* each = firstAttribute_;
+  while (each != nullptr && each->name != name) {
+    each = each->next;
+  }
+  return each;
+}
+
+std::vector<AgElement*> AgElement::children() const {
+  std::vector<AgElement*> found;
+  for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {
+    found.push_back(child);
+  }
+  return found;
+}
+
+AgElement* AgElement::findChild(const base::String& name) const {
+  AgElement* child = firstChild_;
+  while (child != nullptr && child->name_ != name.view()) {
+    child = child->nextSibling_;
+  }
+  return child;
+}
+
+std::vector<AgElement*> AgElement::findChildren(const base::String& name) const {
+  std::vector<AgElement*> found;
+  for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {
+    if (child->name_ == name.view()) {
+      found.push_back(child);
+    }
+  }
+  return found;
+}
+
+std::vector<AgElement*> AgElement::xmlFindAllElementsCb(const base::String& name) const {
+  std::vector<AgElement*> found;
+  for (AgElement* each = firstChild_; each != nullptr; each = each->nextWithin(this)) {
+    if (each->name_ == name.view()) {
+      found.push_back(each);
+    }
+  }
+  return found;
+}
+
+AgElement* AgElement::nextWithin(const AgElement* top) const noexcept {
+  if (firstChild_ != nullptr) {
+    return firstChild_;
+  }
+  const AgElement* at = this;
+  while (at != top && at->nextSibling_ == nullptr) {
+    at = at->parent_;
+  }
+  return at == top ? nullptr : at->nextSibling_;
+}
+
+}  // namespace noxxml

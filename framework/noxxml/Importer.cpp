@@ -1,0 +1,111 @@
+#include "framework/noxxml/Importer.h"
+
+#include <cstddef>
+#include <cstring>
+#include <pugixml.hpp>
+
+#include "framework/noxxml/AgFactory.h"
+#include "framework/noxxml/Characters.h"
+#include "framework/noxxml/Limits.h"
+#include "framework/noxxml/PreScan.h"
+
+namespace noxxml {
+namespace {
+
+// Blanks are text where an element holds nothing else, and layout between children.
+constexpr unsigned kOptions = pugi::parse_cdata | pugi::parse_escapes |
+                              pugi::parse_wconv_attribute | pugi::parse_eol |
+                              pugi::parse_ws_pcdata_single;
+
+// Keeps the search for duplicates, which is quadratic, from being worth an attack.
+constexpr unsigned kMaxAttributes = 64;
+
+bool isText(const pugi::xml_node& node) {
+  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+}  // namespace
+
+// Copies the structure of a parsed document. Names and texts stay where the parser left them,
+// in the factory's copy of the document.
+class Importer::Tree {
+ public:
+  explicit Tree(AgFactory& factory) noexcept : factory_(factory) {}
+
+  // Null when an element has unacceptable attributes. The recursion is as deep as the document,
+  // which the limits bound.
+  AgElement* copy(const pugi::xml_node& node, AgElement* parent) {
+    AgElement* const element = factory_.createElement(legal(node.name()), text(node), parent);
+    if (!copyAttributes(node, element)) {
+      return nullptr;
+    }
+    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
+      if (child.type() == pugi::node_element && copy(child, element) == nullptr) {
+        return nullptr;
+      }
+    }
+    return element;
+  }
+
+ private:
+  std::string_view legal(std::string_view text) {
+    return legalPrefix(text) == text.size() ? text : factory_.copyText(repaired(text));
+  }
+
+  // All pieces in one allocation: joining them one by one would be quadratic.
+  std::string_view text(const pugi::xml_node& node) {
+    std::string_view only;
+    std::size_t pieces = 0;
+    std::size_t size = 0;
+    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
+      if (isText(child)) {
+        only = child.value();
+        size += only.size();
+        ++pieces;
+      }
+    }
+    return pieces > 1 ? legal(join(node, size)) : legal(only);
+  }
+
+  std::string_view join(const pugi::xml_node& node, std::size_t size) {
+    char* const joined = factory_.allocateBytes(size);
+    char* end = joined;
+    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
+      if (isText(child)) {
+        const std::string_view piece = child.value();
+        std::memcpy(end, piece.data(), piece.size());
+        end += piece.size();
+      }
+    }
+    return {joined, size};
+  }
+
+  bool copyAttributes(const pugi::xml_node& node, AgElement* element) {
+    unsigned count = 0;
+    for (pugi::xml_attribute each = node.first_attribute(); each; each = each.next_attribute()) {
+      if (++count > kMaxAttributes ||
+          !factory_.createAttribute(element, legal(each.name()), legal(each.value()))) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  AgFactory& factory_;
+};
+
+AgElement* Importer::import(std::string_view text) {
+  if (!isAdmissible(text, limits())) {
+    return nullptr;
+  }
+  // The encoding is fixed: a parser that guesses would see other tags than the pre-scan did.
+  pugi::xml_document document;
+  const pugi::xml_parse_result result = document.load_buffer_inplace(
+      factory_.copyBytes(text), text.size(), kOptions, pugi::encoding_utf8);
+  if (!result) {
+    return nullptr;
+  }
+  return Tree(factory_).copy(document.document_element(), nullptr);
+}
+
+}  // namespace noxxml

@@ -1,0 +1,109 @@
+#include "framework/noxxml/PreScan.h"
+
+#include <cstddef>
+
+namespace noxxml {
+namespace {
+
+constexpr std::size_t kNone = std::string_view::npos;
+
+class Scanner {
+ public:
+  Scanner(std::string_view text, const Limits& limits) noexcept : rest_(text), limits_(limits) {
+    if (rest_.starts_with("\xef\xbb\xbf")) {
+      rest_.remove_prefix(3);
+    }
+  }
+
+  bool run() noexcept {
+    for (std::size_t at = rest_.find('<'); at != kNone; at = rest_.find('<')) {
+      if (!isTextAllowed(rest_.substr(0, at))) {
+        return false;
+      }
+      rest_.remove_prefix(at);
+      if (!skipMarkup()) {
+        return false;
+      }
+    }
+    return rootSeen_ && depth_ == 0 && isTextAllowed(rest_);
+  }
+
+ private:
+  // Only blanks may stand outside the root element.
+  bool isTextAllowed(std::string_view text) const noexcept {
+    return depth_ > 0 || text.find_first_not_of(" \t\r\n") == kNone;
+  }
+
+  bool skipMarkup() noexcept {
+    if (rest_.starts_with("<!--")) {
+      return skipPast("-->", 4);
+    }
+    if (rest_.starts_with("<![CDATA[")) {
+      return depth_ > 0 && skipPast("]]>", 9);
+    }
+    if (rest_.starts_with("<!")) {
+      return false;
+    }
+    if (rest_.starts_with("<?")) {
+      return skipPast("?>", 2);
+    }
+    if (rest_.starts_with("</")) {
+      return skipEndTag();
+    }
+    return skipStartTag();
+  }
+
+  bool skipEndTag() noexcept {
+    if (depth_ == 0) {
+      return false;
+    }
+    --depth_;
+    return skipPast(">", 2);
+  }
+
+  bool skipPast(std::string_view end, std::size_t from) noexcept {
+    const std::size_t at = rest_.find(end, from);
+    if (at == kNone) {
+      return false;
+    }
+    rest_.remove_prefix(at + end.size());
+    return true;
+  }
+
+  // Opens a level unless the tag closes itself. A '>' inside quotes does not end a tag.
+  bool skipStartTag() noexcept {
+    if (depth_ == 0 && rootSeen_) {
+      return false;
+    }
+    std::size_t at = rest_.find_first_of(">\"'", 1);
+    while (at != kNone && rest_[at] != '>') {
+      at = rest_.find(rest_[at], at + 1);
+      at = at == kNone ? kNone : rest_.find_first_of(">\"'", at + 1);
+    }
+    if (at == kNone || depth_ >= limits_.maxDepth) {
+      return false;
+    }
+    rootSeen_ = true;
+    if (rest_[at - 1] != '/') {
+      ++depth_;
+    }
+    rest_.remove_prefix(at + 1);
+    return true;
+  }
+
+  std::string_view rest_;
+  const Limits& limits_;
+  std::size_t depth_ = 0;
+  bool rootSeen_ = false;
+};
+
+}  // namespace
+
+bool isAdmissible(std::string_view text, const Limits& limits) noexcept {
+  if (text.size() > limits.maxBytes || text.find('\0') != kNone) {
+    return false;
+  }
+  return Scanner(text, limits).run();
+}
+
+}  // namespace noxxml
