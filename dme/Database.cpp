@@ -1,0 +1,185 @@
+#include "dme/Database.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "dme/DatabaseFile.h"
+
+namespace dme {
+
+namespace {
+
+bool exists(const std::string& file) {
+  return ::access(file.c_str(), F_OK) == 0;
+}
+
+// A log without its database would be replayed into a new one.
+Result<void> ensureFile(const std::string& file) {
+  if (exists(file)) {
+    return inspectDatabaseFile(file, Database::kSchema);
+  }
+  if (exists(file + "-wal")) {
+    return failure(file + " is missing but its log " + file +
+                   "-wal is there: put the database back, or move the log away to start with an "
+                   "empty one");
+  }
+  return createDatabaseFile(file, Database::kSchema);
+}
+
+Result<Connection> connect(const std::string& file) {
+  // A file that was copied into place may have come with another mode.
+  ::chmod(file.c_str(), 0600);
+  Result<Connection> connection = Connection::open(file, SQLITE_OPEN_READWRITE);
+  if (!connection) {
+    return connection;
+  }
+  connection->setBusyTimeout(Database::kBusyWaitMs);
+  // The empty transaction takes the exclusive lock now instead of at the first change.
+  const Result<void> set = connection->execute(
+      "PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
+      "PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON;"
+      "BEGIN EXCLUSIVE; COMMIT;");
+  if (!set) {
+    return tl::unexpected<Error>(set.error());
+  }
+  return connection;
+}
+
+Cell cellOf(const Statement& row, int column) {
+  if (row.isInteger(column)) {
+    return row.integer(column);
+  }
+  if (row.isReal(column)) {
+    return row.real(column);
+  }
+  return row.isNull(column) ? Cell() : Cell(std::string(row.text(column)));
+}
+
+void bindCell(Statement& statement, int parameter, const Cell& value) {
+  if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+    statement.bind(parameter, *integer);
+  } else if (const auto* real = std::get_if<double>(&value)) {
+    statement.bind(parameter, *real);
+  } else if (const auto* text = std::get_if<std::string>(&value)) {
+    statement.bind(parameter, std::string_view(*text));
+  }
+}
+
+}  // namespace
+
+Database::Database(StateLock lock, Connection connection, std::string file)
+    : file_(std::move(file)), lock_(std::move(lock)), connection_(std::move(connection)) {}
+
+Result<Database> Database::open(const std::string& stateDir) {
+  const std::string file = stateDir + "/" + kFileName;
+  if (const Result<void> prepared = prepareStateDirectory(stateDir); !prepared) {
+    return tl::unexpected<Error>(prepared.error());
+  }
+  Result<StateLock> lock = StateLock::acquire(stateDir);
+  if (!lock) {
+    return tl::unexpected<Error>(lock.error());
+  }
+  if (const Result<void> ensured = ensureFile(file); !ensured) {
+    return tl::unexpected<Error>(ensured.error());
+  }
+  Result<Connection> connection = connect(file);
+  if (!connection) {
+    const bool busy = (connection.error().code & 0xff) == SQLITE_BUSY;
+    return failure(file + " cannot be opened (" + connection.error().text + "): " +
+                       (busy ? "close the other program that has it open"
+                             : "check the file and the file system that it is on"),
+                   connection.error().code);
+  }
+  Database database(std::move(*lock), std::move(*connection), file);
+  if (const Result<void> prepared = database.prepareStatements(); !prepared) {
+    return failure(file + " lacks its tables (" + prepared.error().text +
+                       "): restore a copy of it, or move it away to start with an empty database",
+                   prepared.error().code);
+  }
+  return database;
+}
+
+Result<void> Database::prepareStatements() {
+  const auto prepare = [this](std::optional<Statement>& statement, const char* sql) {
+    Result<Statement> prepared = connection_.prepare(sql);
+    if (!prepared) {
+      return Result<void>(tl::unexpected<Error>(prepared.error()));
+    }
+    statement.emplace(std::move(*prepared));
+    return Result<void>();
+  };
+  return prepare(begin_, "BEGIN IMMEDIATE")
+      .and_then([&] { return prepare(commit_, "COMMIT"); })
+      .and_then([&] {
+        return prepare(
+            addObject_,
+            "INSERT INTO object (dn, class) VALUES (?1, ?2) ON CONFLICT (dn) DO NOTHING");
+      })
+      .and_then([&] {
+        return prepare(setProperty_,
+                       "INSERT INTO property (dn, name, value) VALUES (?1, ?2, ?3) "
+                       "ON CONFLICT (dn, name) DO UPDATE SET value = excluded.value");
+      })
+      .and_then([&] {
+        return prepare(clearProperty_, "DELETE FROM property WHERE dn = ?1 AND name = ?2");
+      });
+}
+
+Result<void> Database::load(const ObjectVisitor& object, const PropertyVisitor& property) {
+  Result<Statement> objects = connection_.prepare("SELECT dn, class FROM object ORDER BY dn");
+  Result<Statement> properties =
+      connection_.prepare("SELECT dn, name, value FROM property ORDER BY dn, name");
+  if (!objects || !properties) {
+    return tl::unexpected<Error>((objects ? properties : objects).error());
+  }
+  Result<bool> row = objects->step();
+  for (; row && *row; row = objects->step()) {
+    object(objects->text(0), objects->text(1));
+  }
+  if (!row) {
+    return tl::unexpected<Error>(row.error());
+  }
+  for (row = properties->step(); row && *row; row = properties->step()) {
+    property(properties->text(0), properties->text(1), cellOf(*properties, 2));
+  }
+  if (!row) {
+    return tl::unexpected<Error>(row.error());
+  }
+  return {};
+}
+
+Result<void> Database::apply(const Change& change) {
+  if (change.property.empty()) {
+    addObject_->bind(1, std::string_view(change.dn));
+    addObject_->bind(2, std::string_view(change.className));
+    return addObject_->run();
+  }
+  const bool clears = std::holds_alternative<std::monostate>(change.value);
+  Statement& statement = clears ? *clearProperty_ : *setProperty_;
+  statement.bind(1, std::string_view(change.dn));
+  statement.bind(2, std::string_view(change.property));
+  bindCell(statement, 3, change.value);
+  return statement.run();
+}
+
+Result<void> Database::write(std::span<const Change> changes) {
+  Result<void> outcome = begin_->run();
+  for (std::size_t i = 0; outcome && i < changes.size(); ++i) {
+    outcome = apply(changes[i]);
+  }
+  if (outcome) {
+    outcome = commit_->run();
+  }
+  // Some failures have ended the transaction already; this one then fails without effect.
+  if (!outcome && sqlite3_get_autocommit(connection_.handle()) == 0) {
+    connection_.execute("ROLLBACK");
+  }
+  return outcome;
+}
+
+Result<void> Database::checkpoint() {
+  return connection_.execute("PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+}  // namespace dme

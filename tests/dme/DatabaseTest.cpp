@@ -1,0 +1,179 @@
+#include "dme/Database.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <limits>
+#include <tuple>
+#include <type_traits>
+
+#include "tests/dme/TempDirectory.h"
+
+namespace dme {
+namespace {
+
+static_assert(!std::is_copy_constructible_v<Statement>);
+static_assert(!std::is_copy_constructible_v<Connection>);
+static_assert(!std::is_copy_constructible_v<Database>);
+static_assert(std::is_move_constructible_v<Database>);
+
+using Row = std::tuple<std::string, std::string, Cell>;
+
+std::vector<Row> rowsOf(Database& database) {
+  std::vector<Row> rows;
+  const Result<void> loaded = database.load(
+      [&](std::string_view dn, std::string_view name) {
+        rows.emplace_back(std::string(dn), "class " + std::string(name), Cell());
+      },
+      [&](std::string_view dn, std::string_view name, const Cell& value) {
+        rows.emplace_back(std::string(dn), std::string(name), value);
+      });
+  EXPECT_TRUE(loaded);
+  return rows;
+}
+
+Change object(const std::string& dn) {
+  return {dn, "slot", "", Cell()};
+}
+Change property(const std::string& dn, const std::string& name, Cell value) {
+  return {dn, "", name, std::move(value)};
+}
+
+TEST(Database, EmptyDirectory_GetsAnEmptyDatabaseReadableByItsOwnerOnly) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database) << database.error().text;
+  EXPECT_TRUE(rowsOf(*database).empty());
+  ASSERT_TRUE(database->write(std::vector{object("sys")}));
+  for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+    EXPECT_EQ(static_cast<unsigned>(entry.status().permissions()), 0600u) << entry.path();
+  }
+}
+
+TEST(Database, Settings_AreTheDurableOnes) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  EXPECT_EQ(database->connection().queryText("PRAGMA journal_mode").value(), "wal");
+  EXPECT_EQ(database->connection().queryInteger("PRAGMA synchronous").value(), 2);
+  EXPECT_EQ(database->connection().queryInteger("PRAGMA user_version").value(), 1);
+  EXPECT_EQ(database->connection().queryText("PRAGMA locking_mode").value(), "exclusive");
+}
+
+TEST(Database, MissingDirectory_IsMadeForItsOwnerOnly) {
+  const dme_test::TempDirectory directory;
+  ASSERT_TRUE(Database::open(directory.file("state")));
+  const auto mode = std::filesystem::status(directory.file("state")).permissions();
+  EXPECT_EQ(static_cast<unsigned>(mode), 0700u);
+}
+
+TEST(Database, ValuesOfEveryKind_ComeBackAfterReopening) {
+  const dme_test::TempDirectory directory;
+  const std::string hostile("a\0'\xff\n", 5);
+  {
+    Result<Database> database = Database::open(directory.path());
+    ASSERT_TRUE(database);
+    ASSERT_TRUE(database->write(
+        std::vector{object("sys/a"), property("sys/a", "empty", std::string()),
+                    property("sys/a", "hostile", hostile),
+                    property("sys/a", "large", std::numeric_limits<std::int64_t>::min()),
+                    property("sys/a", "real", 0.5), property("sys/a", "text", std::string("12"))}));
+  }
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database) << database.error().text;
+  const std::vector<Row> expected{
+      {"sys/a", "class slot", Cell()}, {"sys/a", "empty", std::string()},
+      {"sys/a", "hostile", hostile},   {"sys/a", "large", std::numeric_limits<std::int64_t>::min()},
+      {"sys/a", "real", 0.5},          {"sys/a", "text", std::string("12")}};
+  EXPECT_EQ(rowsOf(*database), expected);
+}
+
+TEST(Database, PropertyWrittenAgain_HasTheLastValueAndClearedIsGone) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  ASSERT_TRUE(database->write(std::vector{object("a"), property("a", "p", std::int64_t{1}),
+                                          property("a", "q", std::int64_t{1})}));
+  ASSERT_TRUE(database->write(
+      std::vector{object("a"), property("a", "p", std::int64_t{2}), property("a", "q", Cell())}));
+  const std::vector<Row> expected{{"a", "class slot", Cell()}, {"a", "p", std::int64_t{2}}};
+  EXPECT_EQ(rowsOf(*database), expected);
+}
+
+TEST(Database, OneChangeOfSeveralFails_NoneIsMade) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  const Result<void> written =
+      database->write(std::vector{object("a"), property("nobody", "p", std::int64_t{1})});
+  ASSERT_FALSE(written);
+  EXPECT_TRUE(rowsOf(*database).empty());
+  EXPECT_TRUE(database->write(std::vector{object("b")}));
+}
+
+TEST(Database, DiskFull_FailsAndLaterWritesSucceed) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  ASSERT_TRUE(database->write(std::vector{object("a")}));
+  ASSERT_TRUE(database->connection().execute("PRAGMA max_page_count = 1"));
+  const Result<void> written =
+      database->write(std::vector{property("a", "p", std::string(100000, 'x'))});
+  ASSERT_FALSE(written);
+  EXPECT_EQ(written.error().code, SQLITE_FULL);
+  ASSERT_TRUE(database->connection().execute("PRAGMA max_page_count = 1000000"));
+  EXPECT_TRUE(database->write(std::vector{property("a", "p", std::string("y"))}));
+}
+
+TEST(Database, SecondOne_IsRefusedAndNamesTheHolder) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  const Result<Database> second = Database::open(directory.path());
+  ASSERT_FALSE(second);
+  EXPECT_EQ(second.error().text, directory.path() + " is in use by process " +
+                                     std::to_string(::getpid()) +
+                                     ": stop it, or configure another state directory");
+}
+
+TEST(Database, LeftByAKilledProcess_HoldsWhatWasWritten) {
+  const dme_test::TempDirectory directory;
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    Result<Database> database = Database::open(directory.path());
+    const bool written = database && database->write(std::vector{object("a"), object("b")});
+    ::kill(::getpid(), written ? SIGKILL : SIGTERM);
+    ::_exit(1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+  ASSERT_GT(std::filesystem::file_size(directory.file("engine.db-wal")), 0u);
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database) << database.error().text;
+  EXPECT_EQ(rowsOf(*database).size(), 2u);
+}
+
+TEST(Database, CreationCutShort_StartsAfresh) {
+  const dme_test::TempDirectory directory;
+  dme_test::writeBytes(directory.file("engine.db.new"), "half");
+  dme_test::writeBytes(directory.file("engine.db.new-journal"), "half");
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database) << database.error().text;
+  EXPECT_FALSE(std::filesystem::exists(directory.file("engine.db.new")));
+}
+
+TEST(Database, Checkpointed_LeavesNothingToReplay) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  ASSERT_TRUE(database->write(std::vector{object("a")}));
+  ASSERT_TRUE(database->checkpoint());
+  EXPECT_EQ(std::filesystem::file_size(directory.file("engine.db-wal")), 0u);
+}
+
+}  // namespace
+}  // namespace dme
