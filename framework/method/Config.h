@@ -32,17 +32,22 @@ class Config {
   void set(std::uint32_t propertyId, Value value) { values_[propertyId] = std::move(value); }
   /// The value, or null when the property is not set.
   const Value* find(std::uint32_t propertyId) const;
-  /// Objects that travel along: what the object resolves and what stands below it.
+  /// Objects that travel along: what the object resolves and what stands below it. The reference
+  /// is valid until the next call.
   Config& addChild(Config child);
 
   void serialize(base::OBioStream& stream) const;
-  /// False, leaving the object empty, on an underrun, an unknown type tag or too deep a nesting.
+  /// False, leaving the object empty, on an underrun, an unknown type tag, properties out of
+  /// order, a count over the bound or a nesting deeper than eight. Allocates for what is there,
+  /// never for what a count promises.
   bool deserialize(base::IBioStream& stream);
 
   bool operator==(const Config&) const = default;
 
  private:
   bool deserialize(base::IBioStream& stream, unsigned int depth);
+  bool readValues(base::IBioStream& stream);
+  bool readChildren(base::IBioStream& stream, unsigned int depth);
 
   std::uint32_t classId_ = 0;
   std::uint32_t flags_ = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <tuple>
 
@@ -59,9 +60,14 @@ class MethodObject<Me, In<I...>, Out<O...>> : public proc::Stimulus {
                           FormatRspCb formatSuccess, FormatRspCb formatFailure);
 
   void serializeArgs(base::OBioStream& stream) const { writeArgs(stream, in); }
-  bool deserializeArgs(base::IBioStream& stream) { return readArgs(stream, in); }
+  /// False when the bytes end early or go on after the last value, as for deserializeResults().
+  bool deserializeArgs(base::IBioStream& stream) {
+    return readArgs(stream, in) && stream.remaining() == 0;
+  }
   void serializeResults(base::OBioStream& stream) const { writeArgs(stream, out); }
-  bool deserializeResults(base::IBioStream& stream) { return readArgs(stream, out); }
+  bool deserializeResults(base::IBioStream& stream) {
+    return readArgs(stream, out) && stream.remaining() == 0;
+  }
 
   void encode(base::OBioStream& stream) const override {
     serialize(stream);
@@ -82,6 +88,7 @@ class MethodObject<Me, In<I...>, Out<O...>> : public proc::Stimulus {
    public:
     explicit Handler(const Callbacks& callbacks) : callbacks_(callbacks) {}
     std::string_view name() const override { return Me::kName; }
+    bool isExecutable() const override { return callbacks_.execute != nullptr; }
     bool execute(proc::InboundCall& call) const override;
     bool succeeded(proc::InboundAnswer& answer) const override;
     bool failed(proc::InboundAnswer& answer) const override;
@@ -108,9 +115,10 @@ bool MethodObject<Me, In<I...>, Out<O...>>::Handler::execute(proc::InboundCall& 
   }
   call.run(me,
            [&] { std::apply([&](const I&... args) { callbacks_.execute(me, args...); }, me.in); });
-  const FormatRspCb format = me.failure() ? callbacks_.formatFailure : callbacks_.formatSuccess;
+  const bool hasFailed = me.failure() != nullptr;
+  const FormatRspCb format = hasFailed ? callbacks_.formatFailure : callbacks_.formatSuccess;
   if (format != nullptr) {
-    format(me);
+    call.run(me, [&] { format(me); });
   }
   call.answer(me, [&](base::OBioStream& stream) { me.serializeResults(stream); });
   return true;
@@ -122,7 +130,8 @@ bool MethodObject<Me, In<I...>, Out<O...>>::Handler::succeeded(proc::InboundAnsw
   if (callbacks_.success == nullptr) {
     return true;
   }
-  if (!answer.open(me) || !me.deserializeResults(answer.stream())) {
+  answer.open(me);
+  if (!me.deserializeResults(answer.stream())) {
     return false;
   }
   std::apply([&](const O&... results) { callbacks_.success(me, results...); }, me.out);
@@ -135,9 +144,7 @@ bool MethodObject<Me, In<I...>, Out<O...>>::Handler::failed(proc::InboundAnswer&
   if (callbacks_.failure == nullptr) {
     return true;
   }
-  if (!answer.open(me)) {
-    return false;
-  }
+  answer.open(me);
   callbacks_.failure(me, answer.failure().code, answer.failure().text);
   return true;
 }

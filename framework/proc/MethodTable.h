@@ -20,18 +20,20 @@ class InboundCall {
   /// `bytes` are borrowed for the life of the object; `sink` may be empty when nobody can be told.
   InboundCall(const unsigned char* bytes, std::size_t size, AnswerSink sink);
 
-  /// Reads the header into `method` and leaves stream() at the arguments. False on a bad header.
+  /// Reads the header into `method` and leaves stream() at the arguments. False when the bytes
+  /// are no call.
   bool open(Stimulus& method);
   base::IBioStream& stream() { return stream_; }
   /// Runs the callback. An exception that leaves it is logged at level 8 and fails the method.
   void run(Stimulus& method, const std::function<void()>& callback);
   /// Sends the outcome of `method`, with `results` when it succeeded; nothing when the method
-  /// requires no response.
+  /// requires no response. The first answer stands; later ones are ignored.
   void answer(const Stimulus& method, const std::function<void(base::OBioStream&)>& results);
 
  private:
   base::IBioStream stream_;
   AnswerSink sink_;
+  bool isAnswered_ = false;
 };
 
 /// An answer that arrived to a call made here.
@@ -45,29 +47,28 @@ class InboundAnswer {
   std::uint32_t classId() const { return header_.classId(); }
   bool isFailure() const { return isFailure_; }
   const Stimulus::Failure& failure() const { return failure_; }
-  /// Copies header fields (cookie, address, priority) into `method`. Valid after parse().
-  bool open(Stimulus& method) const;
+  /// Copies the header (cookie, address, priority) into `method`. Valid after parse().
+  void open(Stimulus& method) const { method.copyHeader(header_); }
   /// At the results. Valid after parse().
   base::IBioStream& stream() { return stream_; }
 
  private:
-  class Header : public Stimulus {
-   public:
-    Header() = default;
-  };
-
   base::IBioStream stream_;
-  Header header_;
+  StimulusHeader header_;
   bool isFailure_ = false;
   Stimulus::Failure failure_;
 };
 
-/// What is called for one method. Every operation returns false when the bytes do not decode as
-/// this method or nothing is registered for the direction; the dispatcher logs it.
+/// What is called for one method. An operation returns false when the bytes do not decode as this
+/// method, or, for a call, when nothing is registered that carries it out; the dispatcher logs it.
+/// An answer that nobody registered for is taken and forgotten.
 class MethodHandler {
  public:
   virtual ~MethodHandler() = default;
   virtual std::string_view name() const = 0;
+  /// True when there is a callback that carries the method out.
+  virtual bool isExecutable() const = 0;
+  /// Runs the callback and answers the call.
   virtual bool execute(InboundCall& call) const = 0;
   virtual bool succeeded(InboundAnswer& answer) const = 0;
   virtual bool failed(InboundAnswer& answer) const = 0;

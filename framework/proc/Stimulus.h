@@ -1,6 +1,6 @@
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -33,11 +33,19 @@ class Stimulus {
 
   static constexpr std::uint32_t kTypeMethod = 0x2000;
   static constexpr std::uint32_t kTypeAnswer = 0x4000;
+  /// The two words with which the ends of a link find each other: the service asks whether the
+  /// engine is there, the engine says who it is. Neither is a method; both stay in the link.
+  static constexpr std::uint32_t kTypeHello = 0x8000;
+  static constexpr std::uint32_t kTypeGreeting = 0x8001;
   static constexpr std::uint32_t kIntentNone = 0;
   static constexpr std::uint32_t kIntentBootstrap = 0x10;
   static constexpr std::uint32_t kBulkSet = 0x100000;
   static constexpr std::uint32_t kNoBulk = 0;
   static constexpr std::uint32_t kResponseRequired = 0x200000;
+  /// The first word of every stimulus: two letters and the number of the layout.
+  static constexpr std::uint32_t kLayout = 0x5A530001;
+  /// A longer cookie is refused by the reader.
+  static constexpr std::size_t kMostCookieBytes = 64;
 
   /// What a failed method tells the engine.
   struct Failure {
@@ -54,24 +62,26 @@ class Stimulus {
   Stimulus(const Stimulus&) = delete;
   Stimulus& operator=(const Stimulus&) = delete;
 
-  std::uint32_t classId() const { return classId_; }
-  std::uint32_t type() const { return type_; }
-  std::uint32_t intent() const { return intent_; }
-  std::uint32_t bulk() const { return bulk_; }
-  Priority priority() const { return priority_; }
-  bool isResponseRequired() const { return responseRequired_ != 0; }
+  std::uint32_t classId() const { return header_.classId; }
+  std::uint32_t type() const { return header_.type; }
+  std::uint32_t intent() const { return header_.intent; }
+  std::uint32_t bulk() const { return header_.bulk; }
+  Priority priority() const { return header_.priority; }
+  bool isResponseRequired() const { return header_.responseRequired != 0; }
   bool dataBit(unsigned int bit) const;
-  const Address& address() const { return address_; }
-  const base::Buffer& cookie() const { return cookie_; }
+  const Address& address() const { return header_.address; }
+  const base::Buffer& cookie() const { return header_.cookie; }
 
-  void setBulk(std::uint32_t bulk) { bulk_ = bulk; }
-  void setPriority(Priority priority) { priority_ = priority; }
+  void setBulk(std::uint32_t bulk) { header_.bulk = bulk; }
+  void setPriority(Priority priority) { header_.priority = priority; }
   /// With false no answer is sent for this method, whatever its outcome.
-  void setResponseRequired(bool required) { responseRequired_ = required ? kResponseRequired : 0; }
+  void setResponseRequired(bool required) {
+    header_.responseRequired = required ? kResponseRequired : 0;
+  }
   /// `bit` is below 32.
   void setDataBit(unsigned int bit, bool value);
-  void setAddress(const Address& address) { address_ = address; }
-  void setCookie(const base::Buffer& cookie) { cookie_ = cookie; }
+  void setAddress(const Address& address) { header_.address = address; }
+  void setCookie(const base::Buffer& cookie) { header_.cookie = cookie; }
 
   /// Marks the method failed. The first report stands; later ones are ignored.
   void reportFailure(ResultBits bits, std::uint32_t code, const base::String& text);
@@ -80,30 +90,50 @@ class Stimulus {
 
   /// Appends the header.
   virtual void serialize(base::OBioStream& stream) const;
+  /// Appends the header of the answer to this call: the same class, priority and cookie, the
+  /// way back as the address, and no response required.
+  void serializeAnswer(base::OBioStream& stream) const;
   /// Appends header and arguments: the bytes that travel.
   virtual void encode(base::OBioStream& stream) const { serialize(stream); }
   /// Reads a header, leaving `stream` at the arguments. False when the bytes are no header of
-  /// this layout or end too early; the stimulus is then unusable.
+  /// this layout, end too early or hold a value that no sender writes; the stimulus is then
+  /// unusable.
   bool deserialize(base::IBioStream& stream);
+  /// Makes every header field equal to `other`'s; a failure reported here stays.
+  void copyHeader(const Stimulus& other) { header_ = other.header_; }
 
  protected:
   Stimulus() = default;
-  /// Puts every header field back to what the constructor sets; the cookie and failure go.
+  /// Puts every header field back to what the constructor sets; the data bits, the address, the
+  /// cookie and the failure go.
   void reset(std::uint32_t classId, std::uint32_t type, std::uint32_t intent, std::uint32_t bulk,
              Priority priority, std::uint32_t responseRequired, std::uint32_t reserved);
 
  private:
-  std::uint32_t classId_ = 0;
-  std::uint32_t type_ = 0;
-  std::uint32_t intent_ = 0;
-  std::uint32_t bulk_ = 0;
-  Priority priority_ = Priority::kDefault;
-  std::uint32_t responseRequired_ = 0;
-  std::uint32_t reserved_ = 0;
-  std::uint32_t dataBits_ = 0;
-  Address address_;
-  base::Buffer cookie_;
+  struct Header {
+    std::uint32_t classId = 0;
+    std::uint32_t type = 0;
+    std::uint32_t intent = 0;
+    std::uint32_t bulk = 0;
+    Priority priority = Priority::kDefault;
+    std::uint32_t responseRequired = 0;
+    std::uint32_t reserved = 0;
+    std::uint32_t dataBits = 0;
+    Address address;
+    base::Buffer cookie;
+  };
+
+  void writeHeader(base::OBioStream& stream, std::uint32_t type, std::uint32_t responseRequired,
+                   const Address& address) const;
+
+  Header header_;
   std::unique_ptr<Failure> failure_;
+};
+
+/// A stimulus of a class not known beforehand: what an arriving header is read into.
+class StimulusHeader final : public Stimulus {
+ public:
+  StimulusHeader() = default;
 };
 
 }  // namespace proc
