@@ -54,6 +54,11 @@ bool CriticalSection::isHeldByCaller() const {
   return depth_ > 0 && owner_ == std::this_thread::get_id();
 }
 
+unsigned CriticalSection::waiterCount() const {
+  const std::lock_guard<std::mutex> guard(mutex_);
+  return waiters_;
+}
+
 void CriticalSection::enqueue(Waiter& waiter) {
   if (last_ != nullptr) {
     last_->next = &waiter;
@@ -61,6 +66,7 @@ void CriticalSection::enqueue(Waiter& waiter) {
     first_ = &waiter;
   }
   last_ = &waiter;
+  ++waiters_;
 }
 
 void CriticalSection::passOn() {
@@ -73,6 +79,7 @@ void CriticalSection::passOn() {
   if (first_ == nullptr) {
     last_ = nullptr;
   }
+  --waiters_;
   owner_ = next->thread;
   depth_ = 1;
   next->isOwner = true;

@@ -37,6 +37,9 @@ class CriticalSection {
 
   [[nodiscard]] bool isHeldByCaller() const;
 
+  /// Threads that wait for the section at this moment.
+  [[nodiscard]] unsigned waiterCount() const;
+
  private:
   /// A waiting thread, on that thread's own stack.
   struct Waiter {
@@ -55,6 +58,7 @@ class CriticalSection {
   unsigned depth_ = 0;
   Waiter* first_ = nullptr;
   Waiter* last_ = nullptr;
+  unsigned waiters_ = 0;
 };
 
 /// Holds a section for a scope.

@@ -34,6 +34,9 @@ class Stoppable {
   /// threads that are still busy.
   virtual std::size_t stop(Clock::TimePoint deadline) = 0;
 
+  /// Stops the members of one stage in turn. Returns the number of threads that are still busy.
+  static std::size_t stopStage(Stage stage, Clock::TimePoint deadline);
+
   const Stage stage_;
 };
 

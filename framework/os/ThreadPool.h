@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <memory>
 
 #include "framework/os/Clock.h"
@@ -56,6 +57,8 @@ class ThreadPool final : private Stoppable {
   struct State;
 
   std::size_t stop(Clock::TimePoint deadline) override;
+  int enqueue(std::deque<TaskPtr> batch);
+  std::deque<TaskPtr> close();
 
   // Shared with the threads, which can outlive the pool.
   const std::shared_ptr<State> state_;
