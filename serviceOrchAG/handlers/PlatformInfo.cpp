@@ -1,0 +1,11 @@
+#include "serviceOrchAG/server/MsgHandler.h"
+
+namespace zan_serviceOrchAG {
+
+Response* MsgHandler::AG_platformInfoUpdateReqCb(const std::string& /*messageId*/,
+                                                 const std::string& /*action*/,
+                                                 const std::string& /*document*/, int /*slot*/) {
+  return nullptr;
+}
+
+}  // namespace zan_serviceOrchAG
