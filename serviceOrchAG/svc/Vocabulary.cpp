@@ -1,18 +1,22 @@
 #include "serviceOrchAG/svc/Vocabulary.h"
 
+#include "framework/base/SvcConfigParams.h"
+
 namespace zan_serviceOrchAG {
 
 Words::Words() = default;
 Names::Names() = default;
 
 std::string Names::configuredAddress() {
-  return "127.128.254.1:5556";
+  return base::SvcConfigParams::getInstance().getAppAgAddress().str();
 }
+
 std::string Names::configuredSecondAddress() {
-  return "127.128.1.254:5556";
+  return base::SvcConfigParams::getInstance().getAppAgSecondAddress().str();
 }
+
 std::string Names::configuredHeartbeatAddress() {
-  return "127.128.254.1:5559";
+  return base::SvcConfigParams::getInstance().getAppAgHeartbeatAddress().str();
 }
 
 const Words& words() {

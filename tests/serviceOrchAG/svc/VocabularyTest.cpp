@@ -7,11 +7,20 @@
 #include <string>
 #include <vector>
 
+#include "framework/base/SvcConfigParams.h"
+
 namespace zan_serviceOrchAG {
 namespace {
 
-// Constructed before main(), in whatever order the linker chose.
-const std::string kReadBeforeMain = words().channelName + " " + names().hotfixes.str();
+std::string useBothSets() {
+  const auto loaded = base::SvcConfigParams::getInstance().loadText(
+      "supervisor.state_dir = \"/var/lib/zedd\"\n"
+      "address.app_ag = \"127.128.3.1:5556\"\n");
+  return (loaded ? words().channelName : loaded.error()) + " " + names().hotfixes.str();
+}
+
+// Built before main(), in whatever order the linker chose. The other addresses keep their defaults.
+const std::string kReadBeforeMain = useBothSets();
 
 std::vector<std::string> texts(const std::deque<std::string>& values) {
   return {values.begin(), values.end()};
@@ -94,7 +103,7 @@ TEST(Words, EveryMember_HoldsItsWord) {
 TEST(Names, InDefinitionOrder_AreTheHundredAndTwentyFourNames) {
   const std::vector<std::string> expected = {"appInstanceId",
                                              "appAGIPPort",
-                                             "127.128.254.1:5556",
+                                             "127.128.3.1:5556",
                                              "/tmp/appAG",
                                              "127.128.1.254:5556",
                                              "appAGHeartbeatIPPort",
