@@ -5,7 +5,7 @@
 
 namespace core_utils {
 
-base::String toUpperCase(base::String text) {
+base::String toUpperCase(const base::String& text) {
   std::string upper = text.str();
   for (char& c : upper) {
     if (c >= 'a' && c <= 'z') {
