@@ -1,0 +1,216 @@
+#include "framework/msglyr/RequestDispatcher.h"
+
+#include <poll.h>
+#include <sys/prctl.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <map>
+#include <thread>
+#include <tuple>
+
+#include "framework/msglyr/CounterCells.h"
+
+namespace msglyr {
+namespace {
+
+constexpr std::chrono::microseconds kNap{50};
+constexpr std::chrono::microseconds kDeputyTick{500};
+constexpr std::chrono::milliseconds kFirstPause{10};
+constexpr std::chrono::milliseconds kLongestPause{1000};
+
+}  // namespace
+
+std::shared_ptr<RequestDispatcher> RequestDispatcher::join(const std::string& name,
+                                                           const std::string& serverEndPoint,
+                                                           const std::string& workerEndPoint) {
+  using Key = std::tuple<std::string, std::string, std::string>;
+  static std::mutex mutex;
+  static std::map<Key, std::weak_ptr<RequestDispatcher>> dispatchers;  // guarded by mutex
+
+  const std::lock_guard guard(mutex);
+  auto& known = dispatchers[Key(name, serverEndPoint, workerEndPoint)];
+  std::shared_ptr<RequestDispatcher> dispatcher = known.lock();
+  if (!dispatcher) {
+    dispatcher = std::make_shared<RequestDispatcher>(serverEndPoint);
+    known = dispatcher;
+  }
+  return dispatcher;
+}
+
+RequestDispatcher::RequestDispatcher(const std::string& serverEndPoint)
+    : limits_{bounds().maxMessageBytes, bounds().maxParts}, socket_(ZMQ_ROUTER) {
+  applyBounds(socket_, bounds());
+  socket_.set(ZMQ_ROUTER_MANDATORY, 1);
+  socket_.bind(serverEndPoint);
+  socketFd_ = socket_.fd();
+}
+
+std::string RequestDispatcher::endPoint() {
+  const std::lock_guard guard(mutex_);
+  return socket_.lastEndPoint();
+}
+
+int RequestDispatcher::send(const std::string& peer, const Message& message) {
+  const std::lock_guard guard(mutex_);
+  const Io outcome = sendMessage(socket_, &peer, message.parts());
+  wakeWatcherIfReadable();
+  if (outcome != Io::Done) {
+    counterCells().sendFailed.add();
+    return -1;
+  }
+  counterCells().sent.add();
+  return static_cast<int>(message.getnumParts());
+}
+
+int RequestDispatcher::receive(std::string& peer, Message& message, Deadline deadline) {
+  Lock lock(mutex_);
+  ++progress_;
+  std::vector<std::string> parts;
+  parts.reserve(8);
+  while (true) {
+    const Received received = receiveMessage(socket_, frame_, limits_, &sender_, parts);
+    switch (received.outcome) {
+      case Io::Done:
+        onTaken();
+        peer = sender_;
+        lock.unlock();
+        message.parts() = std::move(parts);
+        return static_cast<int>(message.getnumParts());
+      case Io::Refused:
+        (received.tooManyParts ? counterCells().refusedParts : counterCells().refusedBytes).add();
+        continue;
+      case Io::Failed:
+        return fail(lock);
+      case Io::WouldBlock:
+        break;
+    }
+    if (deadline && Clock::now() >= *deadline) {
+      replaceWatcher();
+      return 0;
+    }
+    if (watcher_ == Watcher::None) {
+      watch(lock, deadline);
+    } else {
+      standBy(lock, deadline);
+    }
+  }
+}
+
+void RequestDispatcher::onTaken() {
+  counterCells().received.add();
+  errors_ = 0;
+  traffic_ = true;
+  ++progress_;
+  wakeWatcherIfReadable();
+  if (hasDeputy_ && !deputyTicks_ && watcher_ == Watcher::None) {
+    deputyWake_.notify_one();
+  }
+}
+
+void RequestDispatcher::wakeWatcherIfReadable() {
+  if (watcher_ == Watcher::Polls && (socket_.events() & ZMQ_POLLIN) != 0) {
+    wakeUp_.signal();
+  }
+}
+
+void RequestDispatcher::watch(Lock& lock, Deadline deadline) {
+  if (std::exchange(traffic_, false)) {
+    nap(lock);
+  } else {
+    pollSocket(lock, deadline);
+  }
+}
+
+void RequestDispatcher::nap(Lock& lock) {
+  thread_local bool precise = false;
+  if (!precise) {
+    prctl(PR_SET_TIMERSLACK, 1000UL, 0, 0, 0);
+    precise = true;
+  }
+  watcher_ = Watcher::Naps;
+  lock.unlock();
+  std::this_thread::sleep_for(kNap);
+  lock.lock();
+  watcher_ = Watcher::None;
+}
+
+void RequestDispatcher::pollSocket(Lock& lock, Deadline deadline) {
+  timespec limit{};
+  if (deadline) {
+    const auto left = std::max(*deadline - Clock::now(), Clock::duration::zero());
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+    limit.tv_sec = seconds.count();
+    limit.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
+  }
+  std::array<pollfd, 2> fds{{{socketFd_, POLLIN, 0}, {wakeUp_.fd(), POLLIN, 0}}};
+  watcher_ = Watcher::Polls;
+  lock.unlock();
+  ppoll(fds.data(), fds.size(), deadline ? &limit : nullptr, nullptr);
+  if (fds[1].revents != 0) {
+    wakeUp_.clear();
+  }
+  lock.lock();
+  watcher_ = Watcher::None;
+}
+
+void RequestDispatcher::replaceWatcher() {
+  if (watcher_ != Watcher::None)
+    return;
+  if (hasDeputy_)
+    deputyWake_.notify_one();
+}
+
+void RequestDispatcher::standBy(Lock& lock, Deadline deadline) {
+  if (!hasDeputy_) {
+    beDeputy(lock, deadline);
+    return;
+  }
+  ++parked_;
+  const auto canMoveUp = [this] {
+    return !hasDeputy_;
+  };
+  if (deadline) {
+    bench_.wait_until(lock, *deadline, canMoveUp);
+  } else {
+    bench_.wait(lock, canMoveUp);
+  }
+  --parked_;
+}
+
+void RequestDispatcher::beDeputy(Lock& lock, Deadline deadline) {
+  hasDeputy_ = true;
+  std::uint64_t seen = progress_;
+  while (!deadline || Clock::now() < *deadline) {
+    deputyTicks_ = watcher_ != Watcher::Polls;
+    if (deputyTicks_) {
+      deputyWake_.wait_for(lock, kDeputyTick);
+    } else if (deadline) {
+      deputyWake_.wait_until(lock, *deadline);
+    } else {
+      deputyWake_.wait(lock);
+    }
+    if (watcher_ == Watcher::None && progress_ == seen) {
+      break;
+    }
+    seen = progress_;
+  }
+  hasDeputy_ = false;
+  deputyTicks_ = false;
+  if (parked_ > 0) {
+    bench_.notify_one();
+  }
+}
+
+int RequestDispatcher::fail(Lock& lock) {
+  counterCells().receiveErrors.add();
+  replaceWatcher();
+  const auto pause = std::min(kLongestPause, kFirstPause * (1 << std::min(errors_, 7U)));
+  ++errors_;
+  lock.unlock();
+  std::this_thread::sleep_for(pause);
+  return -1;
+}
+
+}  // namespace msglyr

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "framework/msglyr/FileDescriptor.h"
+#include "framework/msglyr/Message.h"
+#include "framework/msglyr/Socket.h"
+
+namespace msglyr {
+
+// Hands the requests of one ROUTER to the workers that share it, without a hop between threads.
+//
+// Socket operations are short and happen under one lock. A worker takes its request itself, and
+// at most one of those that find none, the watcher, waits for the socket outside the lock. A
+// worker that takes a request wakes no successor: handling one is usually quicker than waking a
+// thread, and the worker comes back by itself. In case it does not, because its handler blocks,
+// one of the parked workers, the deputy, looks twice in a millisecond while there is traffic and
+// takes over. When traffic stops, nothing ticks: the watcher waits in poll and the others on
+// condition variables.
+//
+// While traffic lasts the watcher does not wait in poll but naps for some tens of microseconds
+// and then takes all that has gathered. That saves the transport's thread a wake-up per request.
+class RequestDispatcher {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Deadline = std::optional<Clock::time_point>;  // none: no limit
+
+  // The dispatcher of these three texts; the first to ask binds. It lives as long as somebody
+  // holds it. Throws TransportError if the end point cannot be bound. Any thread.
+  static std::shared_ptr<RequestDispatcher> join(const std::string& name,
+                                                 const std::string& serverEndPoint,
+                                                 const std::string& workerEndPoint);
+
+  explicit RequestDispatcher(const std::string& serverEndPoint);
+  RequestDispatcher(const RequestDispatcher&) = delete;
+  RequestDispatcher& operator=(const RequestDispatcher&) = delete;
+
+  // As MsgLyrChannel::receive. `peer` takes the sender, to be given to send. Any thread. After
+  // an error it pauses, longer each time up to a second, before it returns -1.
+  int receive(std::string& peer, Message& message, Deadline deadline);
+
+  // As MsgLyrChannel::send. Any thread; never blocks on the peer.
+  int send(const std::string& peer, const Message& message);
+
+  // The bound end point, with the port that the system chose if "*" was asked for.
+  std::string endPoint();
+
+ private:
+  enum class Watcher { None, Naps, Polls };
+  using Lock = std::unique_lock<std::mutex>;
+
+  void onTaken();
+  void watch(Lock& lock, Deadline deadline);
+  void nap(Lock& lock);
+  void pollSocket(Lock& lock, Deadline deadline);
+  void standBy(Lock& lock, Deadline deadline);
+  void beDeputy(Lock& lock, Deadline deadline);
+  void replaceWatcher();
+  void wakeWatcherIfReadable();
+  int fail(Lock& lock);
+
+  // Constant after construction.
+  const MessageLimits limits_;
+  int socketFd_;
+  WakeUp wakeUp_;  // of the watcher that polls
+
+  std::mutex mutex_;
+  // Everything below is guarded by mutex_.
+  Socket socket_;
+  Frame frame_;
+  std::string sender_;
+  Watcher watcher_ = Watcher::None;
+  bool traffic_ = false;        // a request was taken since the watcher last looked
+  std::uint64_t progress_ = 0;  // calls of receive and requests taken
+  unsigned errors_ = 0;         // consecutive failures of the transport
+  bool hasDeputy_ = false;
+  bool deputyTicks_ = false;
+  unsigned parked_ = 0;  // on bench_
+  std::condition_variable deputyWake_;
+  std::condition_variable bench_;
+};
+
+}  // namespace msglyr

@@ -1,0 +1,250 @@
+#include <gtest/gtest.h>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <functional>
+#include <thread>
+
+#include "framework/msglyr/AsyncRouterDealerChannel.h"
+#include "framework/msglyr/Counters.h"
+#include "framework/msglyr/FileDescriptor.h"
+#include "tests/framework/msglyr/TestPeer.h"
+
+namespace msglyr::test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+const Parts kCommand{"sma_slot3.formatDisk", "nox-xml:1", "1", "serviceOrchAG", "<formatDisk/>"};
+
+// An end point that nobody listens at. It lies below the ephemeral range, so that nobody is given
+// it meanwhile and the channel cannot connect to itself.
+std::string vacantEndPoint() {
+  for (int port = 20000 + static_cast<int>(getpid()) % 10000; port < 32000; ++port) {
+    const FileDescriptor probe(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket");
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::bind(probe.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+      return "tcp://127.0.0.1:" + std::to_string(port);
+    }
+  }
+  throw std::runtime_error("no vacant port");
+}
+
+class ClientChannel : public testing::Test {
+ protected:
+  ClientChannel() { channel_.setServerEndPoint(blade_.endPoint()); }
+
+  int sendCommand() {
+    Message message(kCommand);
+    return channel_.send("sma_slot3.formatDisk", &message);
+  }
+  // The peer's routing frame; the command must be the rest, without a delimiter.
+  std::string takeCommand() {
+    const auto request = blade_.receive();
+    if (!request) {
+      ADD_FAILURE() << "no command";
+      return {};
+    }
+    EXPECT_EQ(Parts(request->begin() + 1, request->end()), kCommand);
+    return request->front();
+  }
+  void answer(const std::string& routing, Parts parts) {
+    parts.insert(parts.begin(), routing);
+    blade_.send(parts);
+  }
+
+  TestPeer blade_ = TestPeer::listening();
+  AsyncRouterDealerChannel channel_{"ZEDServiceOrchAGChannel", kRoleClient};
+};
+
+TEST_F(ClientChannel, CommandAndReply_ArriveWholeWithoutDelimiter) {
+  ASSERT_EQ(sendCommand(), 5);
+  Message reply;
+  std::thread blade([this] {
+    answer(takeCommand(), {"a", "b", "1", "100", std::string("x\0y", 3)});
+  });
+  char address[kAddressBytes] = "";
+  EXPECT_EQ(channel_.receive(address, &reply, 10000), 5);
+  blade.join();
+  EXPECT_EQ(reply.parts(), (Parts{"a", "b", "1", "100", std::string("x\0y", 3)}));
+  EXPECT_EQ(address, blade_.endPoint());
+}
+
+TEST_F(ClientChannel, ReplyOfOtherSizes_IsReportedAsItIs) {
+  for (const unsigned count : {1U, 3U, 6U}) {
+    ASSERT_EQ(sendCommand(), 5);
+    std::thread blade([&] { answer(takeCommand(), Parts(count, "part")); });
+    Message reply(5);
+    EXPECT_EQ(channel_.receive(nullptr, &reply, 10000), static_cast<int>(count));
+    blade.join();
+    EXPECT_EQ(reply.getnumParts(), count);
+  }
+}
+
+TEST_F(ClientChannel, ReplyBeyondTheBounds_MinusOneAndCounted) {
+  const Counters before = counters();
+  ASSERT_EQ(sendCommand(), 5);
+  std::thread blade([&] { answer(takeCommand(), Parts(17, "x")); });
+  Message reply(5);
+  EXPECT_EQ(channel_.receive(nullptr, &reply, 10000), -1);
+  blade.join();
+  EXPECT_EQ(counters().refusedParts - before.refusedParts, 1U);
+}
+
+TEST_F(ClientChannel, SilentBlade_ZeroAtTheTimeOut) {
+  const auto begin = Clock::now();
+  ASSERT_EQ(sendCommand(), 5);
+  Message reply;
+  EXPECT_EQ(channel_.receive(nullptr, &reply, 200), 0);
+  const auto took = Clock::now() - begin;
+  EXPECT_GE(took, milliseconds(190));
+  EXPECT_LT(took, milliseconds(2000));
+}
+
+TEST_F(ClientChannel, TimeOut_CountsFromTheSend) {
+  const auto begin = Clock::now();
+  ASSERT_EQ(sendCommand(), 5);
+  while (Clock::now() - begin < milliseconds(100)) {
+    std::this_thread::yield();
+  }
+  Message reply;
+  EXPECT_EQ(channel_.receive(nullptr, &reply, 100), 0);
+  EXPECT_LT(Clock::now() - begin, milliseconds(150));
+}
+
+TEST_F(ClientChannel, SecondAnswer_IsNotTakenForTheNextCommandsReply) {
+  ASSERT_EQ(sendCommand(), 5);
+  Message reply;
+  std::string routing;
+  std::thread blade([&] {
+    routing = takeCommand();
+    answer(routing, {"first"});
+    answer(routing, {"first again"});
+    answer(routing, {"and again"});
+  });
+  ASSERT_EQ(channel_.receive(nullptr, &reply, 10000), 1);
+  ASSERT_EQ(channel_.receive(nullptr, &reply, 10000), 1);  // so that the third has come too
+  blade.join();
+  ASSERT_EQ(sendCommand(), 5);
+  std::thread again([&] { answer(takeCommand(), {"second"}); });
+  ASSERT_EQ(channel_.receive(nullptr, &reply, 10000), 1);
+  again.join();
+}
+
+TEST_F(ClientChannel, NewEndPoint_LeavesTheFormerOne) {
+  TestPeer other = TestPeer::listening();
+  channel_.setServerEndPoint(other.endPoint());
+  for (int i = 0; i < 4; ++i) {
+    ASSERT_EQ(sendCommand(), 5);
+    std::thread blade([&] {
+      auto request = other.receive();
+      ASSERT_TRUE(request.has_value());
+      other.send(*request);
+    });
+    Message reply;
+    EXPECT_EQ(channel_.receive(nullptr, &reply, 10000), 5);
+    blade.join();
+  }
+  EXPECT_EQ(blade_.receive(milliseconds(0)), std::nullopt);
+}
+
+TEST_F(ClientChannel, ConnectionLostAfterTheCommand_Zero) {
+  ASSERT_EQ(sendCommand(), 5);
+  std::thread blade([&] {
+    takeCommand();
+    blade_ = TestPeer(ZMQ_ROUTER);  // closes the connection without an answer
+  });
+  Message reply;
+  EXPECT_EQ(channel_.receive(nullptr, &reply, 300), 0);
+  blade.join();
+}
+
+TEST(UnreachableBlade, NobodyListens_ZeroAtTheDeadlineAndNeverDeliveredLater) {
+  const std::string endPoint = vacantEndPoint();
+  AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
+  channel.setServerEndPoint(endPoint);
+  Message command(kCommand);
+  const auto begin = Clock::now();
+  ASSERT_EQ(channel.send("", &command), 5);
+  Message reply;
+  EXPECT_EQ(channel.receive(nullptr, &reply, 300), 0);
+  EXPECT_LE(Clock::now() - begin, milliseconds(1000));
+
+  // The blade comes up. The next command reaches it, the one given up does not.
+  TestPeer blade = TestPeer::listening(endPoint);
+  Message next(1);
+  next[0] = "next";
+  ASSERT_EQ(channel.send("", &next), 1);
+  std::thread answering([&] {
+    const auto request = blade.receive();
+    ASSERT_TRUE(request.has_value());
+    EXPECT_EQ(request->at(1), "next");
+    blade.send(*request);
+  });
+  EXPECT_EQ(channel.receive(nullptr, &reply, 10000), 1);
+  answering.join();
+  EXPECT_EQ(blade.receive(milliseconds(50)), std::nullopt);
+}
+
+TEST(UnreachableBlade, ComesUpBeforeTheDeadline_GetsTheCommand) {
+  const std::string endPoint = vacantEndPoint();
+  AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
+  channel.setServerEndPoint(endPoint);
+  Message command(kCommand);
+  ASSERT_EQ(channel.send("", &command), 5);
+  Message reply;
+  std::thread blade([&] {
+    TestPeer peer = TestPeer::listening(endPoint);
+    const auto request = peer.receive();
+    ASSERT_TRUE(request.has_value());
+    peer.send(*request);
+    peer.receive(milliseconds(200));  // keeps the connection while the reply travels
+  });
+  EXPECT_EQ(channel.receive(nullptr, &reply, 10000), 5);
+  blade.join();
+}
+
+TEST(UnreachableBlade, ChannelDestroyedMeanwhile_NothingIsDelivered) {
+  const std::string endPoint = vacantEndPoint();
+  {
+    AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
+    channel.setServerEndPoint(endPoint);
+    Message command(kCommand);
+    ASSERT_EQ(channel.send("", &command), 5);
+  }
+  TestPeer blade = TestPeer::listening(endPoint);
+  EXPECT_EQ(blade.receive(milliseconds(300)), std::nullopt);
+}
+
+TEST(ClientEndPoint, ImpossiblePortsAndUnknownHosts_DoNotThrow) {
+  for (const char* endPoint : {"tcp://127.0.0.1:0", "tcp://127.0.0.1:70000",
+                               "tcp://127.0.0.1:4294967295", "tcp://:5000"}) {
+    AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
+    EXPECT_NO_THROW(channel.setServerEndPoint(endPoint)) << endPoint;
+    Message command(kCommand);
+    EXPECT_EQ(channel.send("", &command), 5);
+    Message reply;
+    EXPECT_EQ(channel.receive(nullptr, &reply, 20), 0) << endPoint;
+  }
+}
+
+TEST(ClientEndPoint, IllegalHost_ThrowsNamingItAndLaterSendThrows) {
+  AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
+  try {
+    channel.setServerEndPoint("tcp://garbage host:5000");
+    FAIL() << "nothing thrown";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "cannot connect to 'tcp://garbage host:5000': Invalid argument");
+  }
+  Message command(kCommand);
+  EXPECT_THROW(channel.send("", &command), std::logic_error);
+}
+
+}  // namespace
+}  // namespace msglyr::test
