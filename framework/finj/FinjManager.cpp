@@ -1,0 +1,82 @@
+#include "framework/finj/FinjManager.h"
+
+#include <functional>
+
+namespace finj {
+
+namespace {
+
+using Variables = std::map<std::string, std::int32_t*, std::less<>>;
+
+/// The variables that the calling thread has bound.
+Variables& variablesHere() {
+  thread_local Variables variables;
+  return variables;
+}
+
+void assign(const std::map<std::string, std::int32_t>& assignments) {
+  for (const auto& [name, value] : assignments) {
+    const auto variable = variablesHere().find(name);
+    if (variable != variablesHere().end()) {
+      *variable->second = value;
+    }
+  }
+}
+
+}  // namespace
+
+FinjManager& FinjManager::getInstance() {
+  static FinjManager& manager = *new FinjManager;
+  return manager;
+}
+
+std::int32_t FinjManager::executeActivities(std::string_view hook) {
+  if (!hasActivities_.load(std::memory_order_relaxed)) {
+    return 0;
+  }
+  const std::lock_guard guard(lock_);
+  const auto found = activities_.find(hook);
+  if (found == activities_.end()) {
+    return 0;
+  }
+  const std::int32_t result = found->second.result;
+  assign(found->second.assignments);
+  if (found->second.times > 0 && --found->second.times == 0) {
+    activities_.erase(found);
+    hasActivities_ = !activities_.empty();
+  }
+  return result;
+}
+
+void FinjManager::setLocalVar(std::string_view name, std::int32_t* variable) {
+  if (variable == nullptr) {
+    variablesHere().erase(std::string(name));
+  } else {
+    variablesHere().insert_or_assign(std::string(name), variable);
+  }
+}
+
+void FinjManager::dropLocalVars() {
+  variablesHere().clear();
+}
+
+void FinjManager::setActivity(const std::string& hook, const Activity& activity) {
+  const std::lock_guard guard(lock_);
+  activities_[hook] = activity;
+  hasActivities_ = true;
+}
+
+bool FinjManager::removeActivity(const std::string& hook) {
+  const std::lock_guard guard(lock_);
+  const bool isRemoved = activities_.erase(hook) != 0;
+  hasActivities_ = !activities_.empty();
+  return isRemoved;
+}
+
+void FinjManager::clear() {
+  const std::lock_guard guard(lock_);
+  activities_.clear();
+  hasActivities_ = false;
+}
+
+}  // namespace finj

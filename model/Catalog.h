@@ -1,0 +1,35 @@
+#pragma once
+
+#include <span>
+
+#include "framework/meta/AppDomain.h"
+#include "framework/meta/Arg.h"
+#include "framework/meta/Class.h"
+#include "framework/meta/Fsm.h"
+#include "framework/meta/Method.h"
+#include "framework/meta/NameRef.h"
+#include "framework/meta/Prop.h"
+#include "framework/meta/PropValidator.h"
+#include "framework/meta/Result.h"
+#include "framework/meta/Svc.h"
+#include "framework/meta/Type.h"
+
+namespace model {
+
+// The description of the model, for the meta tables. Constants of the library; each class, property
+// and method is described in one place, and these tables are made from that.
+
+std::span<const meta::Type> types();
+std::span<const meta::Prop> props();
+std::span<const meta::NameRef> nameRefs();
+std::span<const meta::Class> classes();
+std::span<const meta::Result> results();
+std::span<const meta::PropValidator> propValidators();
+std::span<const meta::Arg> args();
+std::span<const meta::Method> methods();
+std::span<const meta::Svc> services();
+std::span<const meta::AppDomain> domains();
+std::span<const meta::FsmStateHandler> fsmStateHandlers();
+std::span<const meta::FsmThrottle> fsmThrottles();
+
+}  // namespace model

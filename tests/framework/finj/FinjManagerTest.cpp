@@ -1,0 +1,104 @@
+#include "framework/finj/FinjManager.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+using finj::FinjManager;
+
+class FinjManagerTest : public testing::Test {
+ protected:
+  ~FinjManagerTest() override { manager_.clear(); }
+  FinjManager& manager_ = FinjManager::getInstance();
+};
+
+TEST_F(FinjManagerTest, NothingConfigured_IsZero) {
+  EXPECT_EQ(manager_.executeActivities("FINJ_PRE_Stop"), 0);
+}
+
+TEST_F(FinjManagerTest, Activity_ReturnsItsBitsAtItsHookOnly) {
+  manager_.setActivity("FINJ_PRE_Stop", {.result = 6, .assignments = {}, .times = 0});
+  EXPECT_EQ(manager_.executeActivities("FINJ_PRE_Stop"), 6);
+  EXPECT_EQ(manager_.executeActivities("FINJ_PRE_Stop"), 6);
+  EXPECT_EQ(manager_.executeActivities("FINJ_POST_Stop"), 0);
+}
+
+TEST_F(FinjManagerTest, ActivityForTwoTimes_EndsAfterThem) {
+  manager_.setActivity("hook", {.result = 1, .assignments = {}, .times = 2});
+  EXPECT_EQ(manager_.executeActivities("hook"), 1);
+  EXPECT_EQ(manager_.executeActivities("hook"), 1);
+  EXPECT_EQ(manager_.executeActivities("hook"), 0);
+}
+
+TEST_F(FinjManagerTest, RemovedActivity_IsGone) {
+  manager_.setActivity("hook", {.result = 1, .assignments = {}, .times = 0});
+  EXPECT_TRUE(manager_.removeActivity("hook"));
+  EXPECT_FALSE(manager_.removeActivity("hook"));
+  EXPECT_EQ(manager_.executeActivities("hook"), 0);
+}
+
+TEST_F(FinjManagerTest, Assignment_WritesTheBoundVariable) {
+  manager_.setActivity("hook", {.result = 8, .assignments = {{"lBits", 2048}}, .times = 0});
+  const FinjManager::Frame frame;
+  std::int32_t bits = 0;
+  manager_.setLocalVar("lBits", &bits);
+  EXPECT_EQ(manager_.executeActivities("hook"), 8);
+  EXPECT_EQ(bits, 2048);
+}
+
+TEST_F(FinjManagerTest, AssignmentToAnUnboundName_IsIgnored) {
+  manager_.setActivity("hook", {.result = 8, .assignments = {{"other", 1}}, .times = 0});
+  const FinjManager::Frame frame;
+  std::int32_t bits = 7;
+  manager_.setLocalVar("lBits", &bits);
+  manager_.executeActivities("hook");
+  EXPECT_EQ(bits, 7);
+}
+
+TEST_F(FinjManagerTest, FrameThatEnded_HasUnboundItsVariables) {
+  manager_.setActivity("hook", {.result = 8, .assignments = {{"lBits", 1}}, .times = 0});
+  std::int32_t bits = 0;
+  {
+    const FinjManager::Frame frame;
+    manager_.setLocalVar("lBits", &bits);
+  }
+  manager_.executeActivities("hook");
+  EXPECT_EQ(bits, 0);
+}
+
+TEST_F(FinjManagerTest, NullBinding_Unbinds) {
+  manager_.setActivity("hook", {.result = 8, .assignments = {{"lBits", 1}}, .times = 0});
+  std::int32_t bits = 0;
+  manager_.setLocalVar("lBits", &bits);
+  manager_.setLocalVar("lBits", nullptr);
+  manager_.executeActivities("hook");
+  EXPECT_EQ(bits, 0);
+}
+
+TEST_F(FinjManagerTest, EachThread_HasItsOwnVariable) {
+  manager_.setActivity("hook", {.result = 8, .assignments = {{"lBits", 5}}, .times = 0});
+  const FinjManager::Frame frame;
+  std::int32_t bitsHere = 0;
+  manager_.setLocalVar("lBits", &bitsHere);
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i) {
+      threads.emplace_back([this] {
+        const FinjManager::Frame own;
+        std::int32_t bits = 0;
+        manager_.setLocalVar("lBits", &bits);
+        for (int round = 0; round < 200; ++round) {
+          bits = 0;
+          ASSERT_EQ(manager_.executeActivities("hook"), 8);
+          ASSERT_EQ(bits, 5);
+        }
+      });
+    }
+  }
+  EXPECT_EQ(bitsHere, 0);
+}
+
+}  // namespace
