@@ -1,6 +1,7 @@
 #include "framework/proc/MethodTable.h"
 
 #include <exception>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -11,13 +12,29 @@ namespace proc {
 
 namespace {
 
-void failByException(Stimulus& method, const char* what) {
-  core_log::logPrintf("run", core_log::serviceLevel(), 8, "method class %u : caught exception: %s",
-                      method.classId(), what);
-  method.reportFailure(kFrameworkBits, kExceptionCode, base::String("exception: ") + what);
+std::optional<base::String> logged(std::uint32_t classId, const char* what) {
+  core_log::logPrintf("runCallback", core_log::serviceLevel(), 8,
+                      "method class %u : caught exception: %s", classId, what);
+  return base::String(what);
 }
 
 }  // namespace
+
+std::optional<base::String> runCallback(std::uint32_t classId,
+                                        const std::function<void()>& callback) {
+  try {
+    callback();
+    return std::nullopt;
+  } catch (const std::exception& error) {
+    return logged(classId, error.what());
+  } catch (const std::string& text) {
+    return logged(classId, text.c_str());
+  } catch (const char* text) {
+    return logged(classId, text);
+  } catch (...) {
+    return logged(classId, "of an unknown kind");
+  }
+}
 
 InboundCall::InboundCall(const unsigned char* bytes, std::size_t size, AnswerSink sink)
     : stream_(bytes, size), sink_(std::move(sink)) {}
@@ -27,25 +44,18 @@ bool InboundCall::open(Stimulus& method) {
 }
 
 void InboundCall::run(Stimulus& method, const std::function<void()>& callback) {
-  try {
-    callback();
-  } catch (const std::exception& error) {
-    failByException(method, error.what());
-  } catch (const std::string& text) {
-    failByException(method, text.c_str());
-  } catch (const char* text) {
-    failByException(method, text);
-  } catch (...) {
-    failByException(method, "of an unknown kind");
+  const std::optional<base::String> thrown = runCallback(method.classId(), callback);
+  if (thrown.has_value()) {
+    method.reportFailure(kFrameworkBits, kExceptionCode, base::String("exception: ") + *thrown);
   }
 }
 
 void InboundCall::answer(const Stimulus& method,
                          const std::function<void(base::OBioStream&)>& results) {
+  hasFailed_ = hasFailed_ || method.failure() != nullptr;
   if (isAnswered_ || !method.isResponseRequired() || !sink_) {
     return;
   }
-  isAnswered_ = true;
   base::OBioStream bytes;
   if (method.failure() != nullptr) {
     writeFailure(bytes, method, *method.failure());
@@ -53,6 +63,7 @@ void InboundCall::answer(const Stimulus& method,
     writeSuccess(bytes, method);
     results(bytes);
   }
+  isAnswered_ = true;
   sink_(std::move(bytes));
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "framework/base/BioStream.h"
@@ -13,6 +14,11 @@ namespace proc {
 
 /// Takes an encoded answer towards the peer that made the call.
 using AnswerSink = std::function<void(base::OBioStream&& bytes)>;
+
+/// Runs a callback. What it throws is logged at level 8 under the method's class and returned as
+/// text; nothing leaves this call.
+std::optional<base::String> runCallback(std::uint32_t classId,
+                                        const std::function<void()>& callback);
 
 /// A method call that arrived: its bytes and the way back.
 class InboundCall {
@@ -24,16 +30,19 @@ class InboundCall {
   /// are no call.
   bool open(Stimulus& method);
   base::IBioStream& stream() { return stream_; }
-  /// Runs the callback. An exception that leaves it is logged at level 8 and fails the method.
+  /// Runs the callback as runCallback() does. An exception fails the method.
   void run(Stimulus& method, const std::function<void()>& callback);
   /// Sends the outcome of `method`, with `results` when it succeeded; nothing when the method
   /// requires no response. The first answer stands; later ones are ignored.
   void answer(const Stimulus& method, const std::function<void(base::OBioStream&)>& results);
+  /// True when an outcome was given that is a failure, also one that nobody is told.
+  bool hasFailed() const { return hasFailed_; }
 
  private:
   base::IBioStream stream_;
   AnswerSink sink_;
   bool isAnswered_ = false;
+  bool hasFailed_ = false;
 };
 
 /// An answer that arrived to a call made here.
