@@ -1,0 +1,119 @@
+#include "dme/Chassis.h"
+
+#include <sys/random.h>
+
+#include <string>
+
+namespace dme {
+
+namespace {
+
+// One chassis a system: its place in the tree does not depend on the number it was given.
+const mo::Dn kSystemDn("sys");
+const mo::Dn kChassisDn("sys/chassis-1");
+
+std::uint64_t makeClusterId() {
+  std::uint64_t id = 0;
+  // Without random numbers the identifier is just not unique; it authorises nothing.
+  if (::getrandom(&id, sizeof id, 0) != static_cast<ssize_t>(sizeof id) || id == 0) {
+    id = 1;
+  }
+  return id;
+}
+
+}  // namespace
+
+Chassis::Chassis(ObjectStore& store, const std::optional<base::ChassisDescription>& description)
+    : store_(store) {
+  system_ = &store_.create(kSystemDn, system_object::kClass);
+  beginEpoch();
+  chassis_ = store_.find(kChassisDn);
+  if (chassis_ == nullptr) {
+    createChassis(description);
+    return;
+  }
+  for (Object* object : store_.below(kChassisDn)) {
+    if (&object->objectClass() == &slot_object::kClass) {
+      index(*object);
+    }
+  }
+}
+
+bool Chassis::isIn(ObjectStore& store) {
+  return store.find(kChassisDn) != nullptr;
+}
+
+void Chassis::createChassis(const std::optional<base::ChassisDescription>& description) {
+  const base::ChassisDescription given = description.value_or(base::ChassisDescription{});
+  chassis_ = &store_.create(kChassisDn, chassis_object::kClass);
+  store_.set(*chassis_, chassis_object::kId, given.id);
+  store_.set(*chassis_, chassis_object::kName, base::String(given.name));
+  store_.set(*chassis_, chassis_object::kModel, base::String(given.model));
+  store_.set(*chassis_, chassis_object::kSerial, base::String(given.serial));
+  store_.set(*chassis_, chassis_object::kIsDescribed, description.has_value());
+  for (const base::ChassisDescription::Slot& slot : given.slots) {
+    addSlot(slot.number, base::String(slot.name));
+  }
+}
+
+void Chassis::beginEpoch() {
+  if (system_->get(system_object::kClusterId) == 0) {
+    store_.set(*system_, system_object::kClusterId, makeClusterId());
+  }
+  store_.set(*system_, system_object::kEpoch, epoch() + 1);
+}
+
+Object& Chassis::addSlot(std::uint32_t number, const base::String& name) {
+  const mo::Dn dn = kChassisDn.child("slot-" + std::to_string(number));
+  Object& slot = store_.create(dn, slot_object::kClass);
+  store_.set(slot, slot_object::kNumber, number);
+  store_.set(slot, slot_object::kName, name);
+  index(slot);
+  return slot;
+}
+
+void Chassis::index(Object& slot) {
+  const std::uint32_t number = slot.get(slot_object::kNumber);
+  if (number > base::kHighestSlot) {
+    return;  // kept by a version that knew more slots
+  }
+  if (byNumber_.size() <= number) {
+    byNumber_.resize(number + 1);
+  }
+  byNumber_[number] = &slot;
+}
+
+Object* Chassis::slot(std::uint32_t number) const {
+  return number < byNumber_.size() ? byNumber_[number] : nullptr;
+}
+
+Object* Chassis::slotForBlade(std::uint32_t number) {
+  if (Object* known = slot(number)) {
+    return known;
+  }
+  const bool isPossible = number >= 1 && number <= base::kHighestSlot;
+  if (!isPossible || chassis_->get(chassis_object::kIsDescribed)) {
+    return nullptr;
+  }
+  return &addSlot(number, "");
+}
+
+std::vector<Object*> Chassis::slots() const {
+  std::vector<Object*> present;
+  for (Object* slot : byNumber_) {
+    if (slot != nullptr) {
+      present.push_back(slot);
+    }
+  }
+  return present;
+}
+
+std::uint64_t Chassis::clusterId() const {
+  return system_->get(system_object::kClusterId);
+}
+
+std::uint64_t Chassis::epoch() const {
+  return system_->get(system_object::kEpoch);
+}
+
+}  // namespace dme

@@ -1,0 +1,127 @@
+#include "dme/CommitQueue.h"
+
+#include <chrono>
+
+#include "framework/core_log/Log.h"
+#include "framework/os/Clock.h"
+
+namespace dme {
+
+namespace {
+constexpr std::chrono::seconds kRetryAfter{1};
+}
+
+CommitQueue::CommitQueue(Write write) : write_(std::move(write)), thread_([this] { run(); }) {}
+
+CommitQueue::~CommitQueue() {
+  stop();
+}
+
+void CommitQueue::submit(std::vector<Change> changes, Completion done) {
+  bool isRefused = false;
+  {
+    const std::lock_guard lock(mutex_);
+    const bool isDurable = waiting_.empty() && !isBusy_ && !isBehind_;
+    isRefused = isStopping_;
+    if (!isRefused && !(changes.empty() && isDurable)) {
+      counters_.transactions += changes.empty() ? 0 : 1;
+      waiting_.push_back({std::move(changes), std::move(done)});
+      wake_.notify_one();
+      return;
+    }
+  }
+  if (done) {
+    done(isRefused ? Result<void>(failure("the engine is stopping")) : Result<void>());
+  }
+}
+
+void CommitQueue::stop() {
+  {
+    const std::lock_guard lock(mutex_);
+    isStopping_ = true;
+    wake_.notify_one();
+  }
+  if (thread_.joinable()) {
+    thread_.join();
+  }
+}
+
+CommitQueue::Counters CommitQueue::counters() const {
+  const std::lock_guard lock(mutex_);
+  return counters_;
+}
+
+void CommitQueue::run() {
+  std::vector<Transaction> batch;
+  while (take(batch)) {
+    const Result<void> outcome = write(batch);
+    for (const Transaction& transaction : batch) {
+      if (transaction.done) {
+        transaction.done(outcome);
+      }
+    }
+    batch.clear();
+  }
+}
+
+bool CommitQueue::take(std::vector<Transaction>& batch) {
+  std::unique_lock lock(mutex_);
+  isBusy_ = false;
+  const auto hasWork = [this] {
+    return isStopping_ || !waiting_.empty();
+  };
+  if (isBehind_) {
+    os::Clock& clock = os::Clock::instance();
+    clock.waitUntil(wake_, lock, clock.now() + kRetryAfter, hasWork);
+  } else {
+    wake_.wait(lock, hasWork);
+  }
+  if (isStopping_ && waiting_.empty()) {
+    if (hasStopped_ || !isBehind_) {
+      return false;
+    }
+    hasStopped_ = true;  // the last attempt at what failed before
+  }
+  batch.swap(waiting_);
+  isBusy_ = true;
+  return true;
+}
+
+Result<void> CommitQueue::write(const std::vector<Transaction>& batch) {
+  std::vector<Change> changes;
+  for (const auto& [key, change] : unwritten_) {
+    changes.push_back(change);
+  }
+  for (const Transaction& transaction : batch) {
+    changes.insert(changes.end(), transaction.changes.begin(), transaction.changes.end());
+  }
+  const Result<void> outcome = changes.empty() ? Result<void>() : write_(changes);
+  const bool wasBehind = !unwritten_.empty();
+  if (outcome) {
+    unwritten_.clear();
+  } else {
+    for (const Transaction& transaction : batch) {
+      for (const Change& change : transaction.changes) {
+        keep(change);
+      }
+    }
+  }
+  if (!outcome && !wasBehind) {
+    core_log::logPrintf("write", core_log::serviceLevel(), 8,
+                        "changes cannot be stored (%s): they are kept and tried again",
+                        outcome.error().text.c_str());
+  } else if (outcome && wasBehind) {
+    core_log::logPrintf("write", core_log::serviceLevel(), 5, "changes are stored again");
+  }
+  const std::lock_guard lock(mutex_);
+  isBehind_ = !unwritten_.empty();
+  counters_.commits += outcome && !changes.empty() ? 1 : 0;
+  counters_.failures += outcome ? 0 : 1;
+  return outcome;
+}
+
+void CommitQueue::keep(const Change& change) {
+  unwritten_.insert_or_assign({change.dn, change.property}, change);
+}
+
+}  // namespace dme

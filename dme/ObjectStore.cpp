@@ -1,0 +1,175 @@
+#include "dme/ObjectStore.h"
+
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "framework/core_log/Log.h"
+
+namespace dme {
+
+namespace {
+
+Cell cellOf(const method::Value& value) {
+  return std::visit(
+      [](const auto& held) -> Cell {
+        using T = std::decay_t<decltype(held)>;
+        if constexpr (std::is_same_v<T, std::monostate>) {
+          return held;
+        } else if constexpr (std::is_same_v<T, base::String>) {
+          return held.str();
+        } else if constexpr (std::is_same_v<T, float>) {
+          return static_cast<double>(held);
+        } else {
+          return static_cast<std::int64_t>(held);  // the upper half of 64 bits becomes negative
+        }
+      },
+      value);
+}
+
+template <class T>
+std::optional<method::Value> integerOf(std::int64_t number) {
+  if (!std::in_range<T>(number)) {
+    return std::nullopt;
+  }
+  return method::Value(static_cast<T>(number));
+}
+
+std::optional<method::Value> valueOfInteger(ValueKind kind, std::int64_t number) {
+  switch (kind) {
+    case ValueKind::kBool:
+      return number == 0 || number == 1 ? std::optional<method::Value>(number == 1) : std::nullopt;
+    case ValueKind::kUint8:
+      return integerOf<std::uint8_t>(number);
+    case ValueKind::kInt32:
+      return integerOf<std::int32_t>(number);
+    case ValueKind::kUint32:
+      return integerOf<std::uint32_t>(number);
+    case ValueKind::kUint64:
+      return method::Value(static_cast<std::uint64_t>(number));
+    case ValueKind::kFloat:
+    case ValueKind::kText:
+      break;
+  }
+  return std::nullopt;
+}
+
+// Nothing when the database holds another kind of value than the class's table says.
+std::optional<method::Value> valueOf(ValueKind kind, const Cell& cell) {
+  if (const auto* number = std::get_if<std::int64_t>(&cell)) {
+    return valueOfInteger(kind, *number);
+  }
+  if (const auto* real = std::get_if<double>(&cell); real != nullptr && kind == ValueKind::kFloat) {
+    return method::Value(static_cast<float>(*real));
+  }
+  if (const auto* text = std::get_if<std::string>(&cell);
+      text != nullptr && kind == ValueKind::kText) {
+    return method::Value(base::String(*text));
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+ObjectStore::ObjectStore(Database database)
+    : database_(std::move(database)),
+      queue_([this](std::span<const Change> changes) { return database_.write(changes); }) {}
+
+ObjectStore::~ObjectStore() {
+  close();
+}
+
+Result<std::unique_ptr<ObjectStore>> ObjectStore::open(const std::string& stateDir) {
+  Result<Database> database = Database::open(stateDir);
+  if (!database) {
+    return tl::unexpected<Error>(database.error());
+  }
+  const std::string file = database->file();
+  std::unique_ptr<ObjectStore> store(new ObjectStore(std::move(*database)));
+  if (const Result<void> loaded = store->load(); !loaded) {
+    return failure(file + " cannot be loaded (" + loaded.error().text +
+                       "): restore a copy of it, or move it away to start with an empty database",
+                   loaded.error().code);
+  }
+  return store;
+}
+
+Result<void> ObjectStore::load() {
+  std::string mismatch;  // the first one
+  const auto report = [&mismatch](std::string finding) {
+    mismatch = mismatch.empty() ? std::move(finding) : mismatch;
+  };
+  const Result<void> read = database_.load(
+      [&](std::string_view dn, std::string_view className) {
+        if (const ClassInfo* info = findClass(className)) {
+          objects_.emplace(dn, std::make_unique<Object>(mo::Dn(dn), *info));
+        } else {
+          report("unknown class " + std::string(className));
+        }
+      },
+      [&](std::string_view dn, std::string_view name, const Cell& cell) {
+        Object* object = find(mo::Dn(dn));
+        const PropertyInfo* info = object != nullptr ? object->class_->find(name) : nullptr;
+        const auto value = info != nullptr ? valueOf(info->kind, cell) : std::nullopt;
+        if (value) {
+          object->values_[info->id - 1] = *value;
+        } else {
+          report("unfit value of " + std::string(name) + " at " + std::string(dn));
+        }
+      });
+  if (read && !mismatch.empty()) {
+    return failure(mismatch);
+  }
+  return read;
+}
+
+Object* ObjectStore::find(const mo::Dn& dn) {
+  const auto found = objects_.find(dn);
+  return found == objects_.end() ? nullptr : found->second.get();
+}
+
+std::vector<Object*> ObjectStore::below(const mo::Dn& dn) {
+  const std::string prefix = dn.text().str() + "/";
+  std::vector<Object*> found;
+  for (auto next = objects_.lower_bound(mo::Dn(prefix));
+       next != objects_.end() && next->first.text().str().starts_with(prefix); ++next) {
+    found.push_back(next->second.get());
+  }
+  return found;
+}
+
+Object& ObjectStore::create(const mo::Dn& dn, const ClassInfo& objectClass) {
+  auto& object = objects_[dn];
+  if (object == nullptr) {
+    object = std::make_unique<Object>(dn, objectClass);
+    staged_.push_back({dn.text().str(), std::string(objectClass.name), "", Cell()});
+  }
+  return *object;
+}
+
+void ObjectStore::stage(const Object& object, std::uint32_t propertyId) {
+  const PropertyInfo& info = object.class_->properties[propertyId - 1];
+  if (info.isDurable) {
+    staged_.push_back({object.dn_.text().str(), "", std::string(info.name),
+                       cellOf(object.values_[propertyId - 1])});
+  }
+}
+
+void ObjectStore::commit(Completion done) {
+  queue_.submit(std::exchange(staged_, {}), std::move(done));
+}
+
+void ObjectStore::close() {
+  if (std::exchange(isClosed_, true)) {
+    return;
+  }
+  commit();
+  queue_.stop();
+  if (const Result<void> done = database_.checkpoint(); !done) {
+    // Nothing is lost: the next start replays the log.
+    core_log::logPrintf("close", core_log::serviceLevel(), 6, "%s keeps its log: %s",
+                        database_.file().c_str(), done.error().text.c_str());
+  }
+}
+
+}  // namespace dme

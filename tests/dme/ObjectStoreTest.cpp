@@ -1,0 +1,157 @@
+#include "dme/ObjectStore.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <limits>
+
+#include "tests/dme/TempDirectory.h"
+
+namespace dme {
+namespace {
+
+bool commitAndWait(ObjectStore& store) {
+  std::promise<bool> stored;
+  store.commit([&](const Result<void>& outcome) { stored.set_value(outcome.has_value()); });
+  return stored.get_future().get();
+}
+
+std::unique_ptr<ObjectStore> openStore(const std::string& directory) {
+  Result<std::unique_ptr<ObjectStore>> store = ObjectStore::open(directory);
+  EXPECT_TRUE(store) << store.error().text;
+  return store ? std::move(*store) : nullptr;
+}
+
+const mo::Dn kSlot("sys/chassis-1/slot-3");
+
+TEST(ObjectStore, DurableProperties_ComeBackAndVolatileOnesDoNot) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    Object& slot = store->create(kSlot, slot_object::kClass);
+    store->set(slot, slot_object::kNumber, 3U);
+    store->set(slot, slot_object::kToken, base::String("t"));
+    store->set(slot, slot_object::kAdmission, std::uint8_t{255});
+    store->set(slot, slot_object::kRunningImageSize, std::numeric_limits<std::uint32_t>::max());
+    store->set(slot, slot_object::kRegistrations, 7U);
+    ASSERT_TRUE(commitAndWait(*store));
+  }
+  const auto store = openStore(directory.path());
+  const Object* slot = store->find(kSlot);
+  ASSERT_NE(slot, nullptr);
+  EXPECT_EQ(&slot->objectClass(), &slot_object::kClass);
+  EXPECT_EQ(slot->get(slot_object::kNumber), 3u);
+  EXPECT_EQ(slot->get(slot_object::kToken), "t");
+  EXPECT_EQ(slot->get(slot_object::kAdmission), 255);
+  EXPECT_EQ(slot->get(slot_object::kRunningImageSize), 4294967295u);
+  EXPECT_EQ(slot->get(slot_object::kRegistrations), 0u);
+  EXPECT_EQ(slot->get(slot_object::kName), "");
+}
+
+TEST(ObjectStore, LargestNumbersAndBools_ComeBack) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    Object& system = store->create(mo::Dn("sys"), system_object::kClass);
+    store->set(system, system_object::kClusterId, std::numeric_limits<std::uint64_t>::max());
+    Object& chassis = store->create(mo::Dn("sys/chassis-1"), chassis_object::kClass);
+    store->set(chassis, chassis_object::kIsDescribed, true);
+    ASSERT_TRUE(commitAndWait(*store));
+  }
+  const auto store = openStore(directory.path());
+  EXPECT_EQ(store->find(mo::Dn("sys"))->get(system_object::kClusterId), 18446744073709551615ULL);
+  EXPECT_TRUE(store->find(mo::Dn("sys/chassis-1"))->get(chassis_object::kIsDescribed));
+}
+
+TEST(ObjectStore, ChangeToTheSameValue_CostsNoTransaction) {
+  const dme_test::TempDirectory directory;
+  const auto store = openStore(directory.path());
+  Object& slot = store->create(kSlot, slot_object::kClass);
+  store->set(slot, slot_object::kToken, base::String("t"));
+  ASSERT_TRUE(commitAndWait(*store));
+  store->set(slot, slot_object::kToken, base::String("t"));
+  store->set(slot, slot_object::kRegistrations, 1U);
+  ASSERT_TRUE(commitAndWait(*store));
+  EXPECT_EQ(store->counters().transactions, 1u);
+}
+
+TEST(ObjectStore, ClosedWithoutCommit_HasStoredTheChanges) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    store->create(kSlot, slot_object::kClass);
+  }
+  EXPECT_NE(openStore(directory.path())->find(kSlot), nullptr);
+}
+
+TEST(ObjectStore, Closed_LeavesNoLogToReplay) {
+  const dme_test::TempDirectory directory;
+  const auto store = openStore(directory.path());
+  store->create(kSlot, slot_object::kClass);
+  ASSERT_TRUE(commitAndWait(*store));
+  store->close();
+  EXPECT_EQ(std::filesystem::file_size(directory.file("engine.db-wal")), 0u);
+  store->create(mo::Dn("sys"), system_object::kClass);
+  EXPECT_FALSE(commitAndWait(*store));
+}
+
+TEST(ObjectStore, Below_GivesTheSubtreeWithoutItsRootOrNeighbours) {
+  const dme_test::TempDirectory directory;
+  const auto store = openStore(directory.path());
+  for (const char* dn : {"sys", "sys/chassis-1", "sys/chassis-1/slot-1", "sys/chassis-1/slot-10",
+                         "sys/chassis-10", "sys/chassis-1-spare"}) {
+    store->create(mo::Dn(dn), slot_object::kClass);
+  }
+  std::vector<std::string> names;
+  for (const Object* object : store->below(mo::Dn("sys/chassis-1"))) {
+    names.push_back(object->dn().c_str());
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{"sys/chassis-1/slot-1", "sys/chassis-1/slot-10"}));
+}
+
+/// Opens a store whose database was changed behind its back.
+std::string errorAfter(const dme_test::TempDirectory& directory, const std::string& sql) {
+  {
+    const auto store = openStore(directory.path());
+    Object& slot = store->create(kSlot, slot_object::kClass);
+    store->set(slot, slot_object::kAdmission, std::uint8_t{1});
+    store->set(slot, slot_object::kToken, base::String("t"));
+  }
+  {
+    Result<Database> database = Database::open(directory.path());
+    EXPECT_TRUE(database);
+    const Result<void> done = database->connection().execute(sql);
+    EXPECT_TRUE(done) << done.error().text;
+  }
+  const Result<std::unique_ptr<ObjectStore>> store = ObjectStore::open(directory.path());
+  return store ? "opened" : store.error().text;
+}
+
+TEST(ObjectStore, ContentThatDoesNotFit_IsRefusedNamingIt) {
+  const struct {
+    const char* sql;
+    const char* finding;
+  } kCases[] = {
+      {"UPDATE property SET value = 256 WHERE name = 'admission'",
+       "unfit value of admission at sys/chassis-1/slot-3"},
+      {"UPDATE property SET value = -1 WHERE name = 'admission'",
+       "unfit value of admission at sys/chassis-1/slot-3"},
+      {"UPDATE property SET value = '1' WHERE name = 'admission'",
+       "unfit value of admission at sys/chassis-1/slot-3"},
+      {"UPDATE property SET value = 5 WHERE name = 'token'",
+       "unfit value of token at sys/chassis-1/slot-3"},
+      {"UPDATE property SET name = 'colour' WHERE name = 'token'",
+       "unfit value of colour at sys/chassis-1/slot-3"},
+      {"UPDATE object SET class = 'fan'", "unknown class fan"},
+  };
+  for (const auto& each : kCases) {
+    const dme_test::TempDirectory directory;
+    const std::string error = errorAfter(directory, each.sql);
+    const std::string expected = directory.file("engine.db") + " cannot be loaded (";
+    EXPECT_TRUE(error.starts_with(expected)) << error;
+    EXPECT_NE(error.find(each.finding), std::string::npos) << error;
+  }
+}
+
+}  // namespace
+}  // namespace dme

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "dme/MethodServer.h"
+#include "framework/method/Wire.h"
+
+namespace dme_test {
+
+/// The other side of the engine's link: makes the bytes of calls and keeps what the engine sends.
+class ServiceStandIn {
+ public:
+  struct Sent {
+    std::uint64_t peer;
+    std::string bytes;
+    bool isUrgent;
+  };
+
+  dme::MethodServer::Send receiver() {
+    return [this](std::uint64_t peer, const base::OBioStream& bytes, bool isUrgent) {
+      const std::lock_guard lock(mutex_);
+      sent_.push_back(
+          {peer, std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()), isUrgent});
+      arrived_.notify_all();
+      return true;
+    };
+  }
+
+  /// The bytes of a call from the service with id 9.
+  template <class Me>
+  static std::string encode(typename Me::InTuple arguments, std::string_view cookie = "cookie",
+                            bool isResponseRequired = true) {
+    Me me;
+    me.in = std::move(arguments);
+    me.setCookie(base::Buffer(cookie.data(), cookie.size()));
+    me.setAddress({26, 1, 9, 0});
+    me.setResponseRequired(isResponseRequired);
+    const base::OBioStream bytes = method::encodeCall(me);
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+  }
+
+  /// Waits until the engine has sent this many stimuli in all, and gives them.
+  std::vector<Sent> waitFor(std::size_t count) {
+    std::unique_lock lock(mutex_);
+    arrived_.wait(lock, [&] { return sent_.size() >= count; });
+    return sent_;
+  }
+  std::size_t count() {
+    const std::lock_guard lock(mutex_);
+    return sent_.size();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable arrived_;
+  std::vector<Sent> sent_;  // guarded by mutex_
+};
+
+template <class Me>
+std::optional<method::Answer<Me>> decode(const std::string& bytes) {
+  return method::decodeAnswer<Me>(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                  bytes.size());
+}
+
+}  // namespace dme_test
