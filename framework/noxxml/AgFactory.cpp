@@ -35,12 +35,8 @@ bool AgFactory::createAttribute(AgElement* element, std::string_view name, std::
   return true;
 }
 
-char* AgFactory::allocateBytes(std::size_t size) {
-  return static_cast<char*>(memory_.allocate(size, 1));
-}
-
 char* AgFactory::copyBytes(std::string_view text) {
-  char* const bytes = allocateBytes(text.size());
+  auto* const bytes = static_cast<char*>(memory_.allocate(text.size(), 1));
   if (!text.empty()) {
     std::memcpy(bytes, text.data(), text.size());
   }

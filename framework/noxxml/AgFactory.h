@@ -24,11 +24,10 @@ class AgFactory {
 
   // An element under `parent`, or a root if that is null. Refers to the texts.
   AgElement* createElement(std::string_view name, std::string_view text, AgElement* parent);
+  static void setText(AgElement* element, std::string_view text) { element->text_ = text; }
   // False, with nothing done, when the element has one of that name. Refers to the texts.
   bool createAttribute(AgElement* element, std::string_view name, std::string_view value);
 
-  // Memory that lives as long as the factory.
-  char* allocateBytes(std::size_t size);
   char* copyBytes(std::string_view text);
   std::string_view copyText(std::string_view text) { return {copyBytes(text), text.size()}; }
 

@@ -54,6 +54,16 @@ Character decode(std::string_view text) noexcept {
   return {code, size};
 }
 
+// True when all eight bytes at `bytes` are printable ASCII or DEL, which is most text.
+bool isPlainWord(const char* bytes) noexcept {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof(word));
+  // The high bit of a byte that is below 0x20 or above 0x7f; one may spill into the byte above
+  // a byte that is itself marked, which does no harm.
+  return (((word - kOnes * 0x20) | word) & (kOnes * 0x80)) == 0;
+}
+
 bool isLegal(std::uint32_t code) noexcept {
   if (code < 0x20) {
     return code == '\t' || code == '\n' || code == '\r';
@@ -155,6 +165,10 @@ bool isLegalName(std::string_view name) noexcept {
 std::size_t legalPrefix(std::string_view text) noexcept {
   std::size_t at = 0;
   while (at < text.size()) {
+    if (text.size() - at >= 8 && isPlainWord(text.data() + at)) {
+      at += 8;
+      continue;
+    }
     const auto byte = static_cast<unsigned char>(text[at]);
     if (byte >= 0x20 && byte < 0x80) {
       ++at;

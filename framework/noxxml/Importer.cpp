@@ -1,8 +1,7 @@
 #include "framework/noxxml/Importer.h"
 
-#include <cstddef>
-#include <cstring>
 #include <pugixml.hpp>
+#include <string>
 
 #include "framework/noxxml/AgFactory.h"
 #include "framework/noxxml/Characters.h"
@@ -12,17 +11,14 @@
 namespace noxxml {
 namespace {
 
-// Blanks are text where an element holds nothing else, and layout between children.
+// The parser keeps elements, attributes and text, nothing else. Blanks are text where an element
+// holds nothing else, and layout between children.
 constexpr unsigned kOptions = pugi::parse_cdata | pugi::parse_escapes |
                               pugi::parse_wconv_attribute | pugi::parse_eol |
                               pugi::parse_ws_pcdata_single;
 
 // Keeps the search for duplicates, which is quadratic, from being worth an attack.
 constexpr unsigned kMaxAttributes = 64;
-
-bool isText(const pugi::xml_node& node) {
-  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
 
 }  // namespace
 
@@ -35,15 +31,24 @@ class Importer::Tree {
   // Null when an element has unacceptable attributes. The recursion is as deep as the document,
   // which the limits bound.
   AgElement* copy(const pugi::xml_node& node, AgElement* parent) {
-    AgElement* const element = factory_.createElement(legal(node.name()), text(node), parent);
+    AgElement* const element = factory_.createElement(legal(node.name()), {}, parent);
     if (!copyAttributes(node, element)) {
       return nullptr;
     }
+    std::string_view text;
+    bool isSplit = false;
     for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-      if (child.type() == pugi::node_element && copy(child, element) == nullptr) {
-        return nullptr;
+      if (child.type() == pugi::node_element) {
+        if (copy(child, element) == nullptr) {
+          return nullptr;
+        }
+      } else if (text.empty()) {
+        text = child.value();
+      } else {
+        isSplit = true;
       }
     }
+    factory_.setText(element, legal(isSplit ? joined(node) : text));
     return element;
   }
 
@@ -52,32 +57,15 @@ class Importer::Tree {
     return legalPrefix(text) == text.size() ? text : factory_.copyText(repaired(text));
   }
 
-  // All pieces in one allocation: joining them one by one would be quadratic.
-  std::string_view text(const pugi::xml_node& node) {
-    std::string_view only;
-    std::size_t pieces = 0;
-    std::size_t size = 0;
+  // All pieces of text at once: adding them one by one would be quadratic.
+  std::string_view joined(const pugi::xml_node& node) {
+    std::string text;
     for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-      if (isText(child)) {
-        only = child.value();
-        size += only.size();
-        ++pieces;
+      if (child.type() != pugi::node_element) {
+        text += child.value();
       }
     }
-    return pieces > 1 ? legal(join(node, size)) : legal(only);
-  }
-
-  std::string_view join(const pugi::xml_node& node, std::size_t size) {
-    char* const joined = factory_.allocateBytes(size);
-    char* end = joined;
-    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-      if (isText(child)) {
-        const std::string_view piece = child.value();
-        std::memcpy(end, piece.data(), piece.size());
-        end += piece.size();
-      }
-    }
-    return {joined, size};
+    return factory_.copyText(text);
   }
 
   bool copyAttributes(const pugi::xml_node& node, AgElement* element) {

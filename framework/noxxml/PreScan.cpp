@@ -70,25 +70,38 @@ class Scanner {
     return true;
   }
 
-  // Opens a level unless the tag closes itself. A '>' inside quotes does not end a tag.
+  // Opens a level unless the tag closes itself.
   bool skipStartTag() noexcept {
     if (depth_ == 0 && rootSeen_) {
       return false;
     }
-    std::size_t at = rest_.find_first_of(">\"'", 1);
-    while (at != kNone && rest_[at] != '>') {
-      at = rest_.find(rest_[at], at + 1);
-      at = at == kNone ? kNone : rest_.find_first_of(">\"'", at + 1);
-    }
-    if (at == kNone || depth_ >= limits_.maxDepth) {
+    const std::size_t end = endOfStartTag();
+    if (end == kNone || depth_ >= limits_.maxDepth) {
       return false;
     }
     rootSeen_ = true;
-    if (rest_[at - 1] != '/') {
+    if (rest_[end - 1] != '/') {
       ++depth_;
     }
-    rest_.remove_prefix(at + 1);
+    rest_.remove_prefix(end + 1);
     return true;
+  }
+
+  // Where the '>' of the tag is that the rest begins with; one inside quotes does not end it.
+  std::size_t endOfStartTag() const noexcept {
+    for (std::size_t at = 1; at < rest_.size(); ++at) {
+      const char c = rest_[at];
+      if (c == '>') {
+        return at;
+      }
+      if (c == '"' || c == '\'') {
+        at = rest_.find(c, at + 1);
+        if (at == kNone) {
+          return kNone;
+        }
+      }
+    }
+    return kNone;
   }
 
   std::string_view rest_;

@@ -167,6 +167,17 @@ TEST(XmlSerialize, ControlCharacters_AreReplaced) {
   }
 }
 
+TEST(XmlSerialize, ControlCharacterAnywhereInALongText_IsReplaced) {
+  const std::string plain = "abcdefghijklmnopqrstuvwx";
+  for (const char c : {'\x01', '\x1f', '\0', '\x80', '\xff'}) {
+    for (std::size_t at = 0; at < plain.size(); ++at) {
+      std::string text = plain;
+      text[at] = c;
+      EXPECT_EQ(readBack(text), plain.substr(0, at) + kReplacement + plain.substr(at + 1));
+    }
+  }
+}
+
 TEST(XmlSerialize, Nul_IsReplaced) {
   EXPECT_EQ(readBack(std::string("a\0b", 3)), "a" + kReplacement + "b");
   EXPECT_EQ(readBack(std::string("\0", 1)), kReplacement);

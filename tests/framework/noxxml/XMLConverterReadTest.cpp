@@ -170,6 +170,8 @@ TEST(XmlDeserialize, AngleBracketInQuotes_DoesNotEndATag) {
   EXPECT_EQ(root->attribute("b"), "'/>");
   EXPECT_EQ(root->attribute("c"), "");
   EXPECT_EQ(root->text(), "t");
+  EXPECT_EQ(rootText("<r a='/>'>t</r>"), "t");
+  EXPECT_EQ(rootText("<r a=\"/>\">t</r>"), "t");
 }
 
 TEST(XmlDeserialize, DuplicateAttribute_IsNull) {
@@ -243,6 +245,11 @@ TEST(XmlDeserialize, OtherEncodings_AreNull) {
   EXPECT_FALSE(parses(std::string_view("\xff\xfe<\0r\0/\0>\0", 10)));
   EXPECT_FALSE(parses(std::string_view("<\0r\0/\0>\0", 8)));
   EXPECT_FALSE(parses(std::string_view("\0<\0r\0/\0>", 8)));
+}
+
+TEST(XmlDeserialize, DeclaredEncoding_IsNotFollowed) {
+  EXPECT_EQ(rootText("<?xml version='1.0' encoding='ISO-8859-1'?><r>\xc3\xa4\xe4</r>"),
+            "\xc3\xa4" + kReplacement);
 }
 
 TEST(XmlDeserialize, EveryTruncation_IsNull) {
@@ -381,9 +388,11 @@ TEST_F(TreeTest, FindAllElements_AreDescendantsInDocumentOrder) {
   EXPECT_THAT(texts(root_->findChild("g")->xmlFindAllElementsCb("a")), ElementsAre("2", "3"));
 }
 
-TEST_F(TreeTest, FindAllElements_LeavesItselfOut) {
+TEST_F(TreeTest, FindAllElements_StaysWithinTheElement) {
   ASSERT_NE(root_, nullptr);
   EXPECT_THAT(root_->xmlFindAllElementsCb("r"), IsEmpty());
+  EXPECT_THAT(texts(root_->findChild("g")->findChild("h")->xmlFindAllElementsCb("a")),
+              ElementsAre("3"));
   EXPECT_THAT(texts(root_->findChildren("a")[1]->xmlFindAllElementsCb("a")), ElementsAre("6"));
   EXPECT_THAT(root_->findChild("b")->xmlFindAllElementsCb("a"), IsEmpty());
 }
