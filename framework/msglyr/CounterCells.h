@@ -17,6 +17,7 @@ class CounterCell {
 
 // The cells behind Counters, for this folder's sources.
 struct CounterCells {
+  CounterCell bound;
   CounterCell received;
   CounterCell refusedParts;
   CounterCell refusedBytes;

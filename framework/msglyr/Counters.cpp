@@ -12,6 +12,7 @@ CounterCells& counterCells() {
 Counters counters() {
   const CounterCells& cells = counterCells();
   Counters now;
+  now.bound = cells.bound.load();
   now.received = cells.received.load();
   now.refusedParts = cells.refusedParts.load();
   now.refusedBytes = cells.refusedBytes.load();

@@ -8,6 +8,7 @@ namespace msglyr {
 // single frame beyond Bounds::maxMessageBytes is cut off inside the transport before the layer
 // sees anything of it: it shows up as a dropped peer, not as a refused message.
 struct Counters {
+  std::uint64_t bound = 0;          // listening sockets bound, for workers to share
   std::uint64_t received = 0;       // requests handed to a worker
   std::uint64_t refusedParts = 0;   // requests dropped for more than Bounds::maxParts parts
   std::uint64_t refusedBytes = 0;   // requests dropped for more than Bounds::maxMessageBytes

@@ -44,6 +44,7 @@ RequestDispatcher::RequestDispatcher(const std::string& serverEndPoint)
   applyBounds(socket_, bounds());
   socket_.set(ZMQ_ROUTER_MANDATORY, 1);
   socket_.bind(serverEndPoint);
+  counterCells().bound.add();
   socketFd_ = socket_.fd();
 }
 

@@ -241,7 +241,9 @@ TEST(RequestWorker, EndPointInUse_ThrowsNamingItAndCanBeTriedAgain) {
     channel.setServerEndPoint(endPoint);
     channel.setWorkerEndPoint("inproc://worker-end-point");
   };
+  const std::uint64_t bound = counters().bound;
   EXPECT_EQ(textOf(setUp), "cannot bind '" + endPoint + "': Address already in use");
+  EXPECT_EQ(counters().bound, bound);
   EXPECT_EQ(textOf(setUp), "cannot bind '" + endPoint + "': Address already in use");
   occupant.reset();
   const auto giveUp = std::chrono::steady_clock::now() + kPatience;
@@ -250,6 +252,7 @@ TEST(RequestWorker, EndPointInUse_ThrowsNamingItAndCanBeTriedAgain) {
     text = textOf(setUp);  // the transport frees the port in the background
   } while (text != "nothing thrown" && std::chrono::steady_clock::now() < giveUp);
   EXPECT_EQ(text, "nothing thrown");
+  EXPECT_EQ(counters().bound, bound + 1);
 }
 
 TEST(RequestWorker, MalformedEndPoint_ThrowsNamingIt) {
