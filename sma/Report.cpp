@@ -1,0 +1,168 @@
+#include "sma/Report.h"
+
+#include <array>
+#include <iomanip>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <sstream>
+
+namespace sma {
+namespace {
+
+constexpr std::size_t kTokenShown = 8;
+
+/// Text of a peer for a terminal.
+std::string printable(std::string text) {
+  for (char& character : text) {
+    if (static_cast<unsigned char>(character) < ' ' || character == '\x7f') {
+      character = '?';
+    }
+  }
+  return text;
+}
+
+std::string shortened(const std::string& token) {
+  if (token.empty()) {
+    return "-";
+  }
+  return printable(token.size() <= kTokenShown ? token : token.substr(0, kTokenShown) + "..");
+}
+
+std::string statusText(const BladeCounts& counts) {
+  std::string text;
+  for (const auto& [status, count] : counts.statuses) {
+    text += (text.empty() ? "" : " ") + std::to_string(status) + "x" + std::to_string(count);
+  }
+  return text.empty() ? "-" : text;
+}
+
+struct Totals {
+  std::array<std::size_t, 3> inState{};
+  BladeCounts counts;
+};
+
+Totals total(const std::vector<const BladeAgent*>& blades) {
+  Totals totals;
+  for (const BladeAgent* blade : blades) {
+    const BladeCounts& counts = blade->counts();
+    ++totals.inState[static_cast<std::size_t>(blade->state())];
+    totals.counts.registers += counts.registers;
+    totals.counts.beats += counts.beats;
+    totals.counts.odd += counts.odd;
+    totals.counts.replies += counts.replies;
+    totals.counts.unanswered += counts.unanswered;
+    totals.counts.oddUnanswered += counts.oddUnanswered;
+    totals.counts.unsent += counts.unsent;
+    totals.counts.strays += counts.strays;
+    for (const auto& [status, count] : counts.statuses) {
+      totals.counts.statuses[status] += count;
+    }
+  }
+  return totals;
+}
+
+std::size_t inState(const Totals& totals, BladeAgent::State state) {
+  return totals.inState[static_cast<std::size_t>(state)];
+}
+
+template <class... Cell>
+void row(std::ostream& out, const std::string& slot, const std::string& state,
+         const std::string& token, const Cell&... numbers) {
+  out << std::left << std::setw(7) << slot << std::setw(14) << state << std::setw(12) << token
+      << std::right;
+  ((out << std::setw(11) << numbers), ...);
+  out << "  ";
+}
+
+nlohmann::json countsJson(const BladeCounts& counts) {
+  nlohmann::json statuses = nlohmann::json::object();
+  for (const auto& [status, count] : counts.statuses) {
+    statuses[std::to_string(status)] = count;
+  }
+  return {{"registers", counts.registers},
+          {"beats", counts.beats},
+          {"odd", counts.odd},
+          {"replies", counts.replies},
+          {"unanswered", counts.unanswered},
+          {"odd_unanswered", counts.oddUnanswered},
+          {"unsent", counts.unsent},
+          {"strays", counts.strays},
+          {"statuses", std::move(statuses)}};
+}
+
+}  // namespace
+
+void printTable(std::ostream& out, const RunResult& result, std::size_t mostRows) {
+  const Totals totals = total(result.blades);
+  if (result.blades.size() <= mostRows) {
+    row(out, "slot", "state", "token", "registers", "beats", "odd", "unanswered", "unsent");
+    out << "replies by status\n";
+    for (const BladeAgent* blade : result.blades) {
+      const BladeCounts& counts = blade->counts();
+      row(out, std::to_string(blade->slot()), stateName(blade->state()), shortened(blade->token()),
+          counts.registers, counts.beats, counts.odd, counts.unanswered, counts.unsent);
+      out << statusText(counts) << '\n';
+    }
+  }
+  const std::string count = std::to_string(result.blades.size());
+  row(out, "all", count + " blades", "", totals.counts.registers, totals.counts.beats,
+      totals.counts.odd, totals.counts.unanswered, totals.counts.unsent);
+  out << statusText(totals.counts) << '\n';
+  for (const std::string& failure : result.failures) {
+    out << "expectation failed: " << failure << '\n';
+  }
+}
+
+void printJson(std::ostream& out, const RunResult& result) {
+  nlohmann::json blades = nlohmann::json::array();
+  for (const BladeAgent* blade : result.blades) {
+    nlohmann::json each = countsJson(blade->counts());
+    each["slot"] = blade->slot();
+    each["state"] = stateName(blade->state());
+    each["token"] = blade->token();
+    each["last_status"] = blade->lastStatus();
+    each["last_message"] = blade->lastMessage();
+    blades.push_back(std::move(each));
+  }
+  const nlohmann::json document{
+      {"elapsed_ms", result.elapsed.count()},
+      {"commands", result.commands},
+      {"totals", countsJson(total(result.blades).counts)},
+      {"blades", std::move(blades)},
+      {"failures", result.failures},
+  };
+  // Bytes that a peer sent may be no UTF-8.
+  out << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+void printLive(std::ostream& out, const std::vector<const BladeAgent*>& blades,
+               std::chrono::milliseconds elapsed) {
+  out << "after " << elapsed.count() / 1000 << " s\n";
+  out << "  slot  state         token       beats  last reply\n";
+  for (const BladeAgent* blade : blades) {
+    out << std::right << std::setw(6) << blade->slot() << "  " << std::left << std::setw(14)
+        << stateName(blade->state()) << std::setw(12) << shortened(blade->token()) << std::right
+        << std::setw(5) << blade->counts().beats << "  ";
+    if (blade->lastStatus() == 0) {
+      out << "none yet\n";
+    } else {
+      out << blade->lastStatus() << ' ' << printable(blade->lastMessage()) << '\n';
+    }
+  }
+  out.flush();
+}
+
+std::string progressLine(const std::vector<const BladeAgent*>& blades,
+                         std::chrono::milliseconds elapsed) {
+  const Totals totals = total(blades);
+  std::ostringstream line;
+  line << std::setw(5) << elapsed.count() / 1000 << " s  "
+       << inState(totals, BladeAgent::State::Registered) << " registered, "
+       << inState(totals, BladeAgent::State::Unregistered) << " unregistered, "
+       << inState(totals, BladeAgent::State::Refused) << " refused; " << totals.counts.beats
+       << " beats, " << totals.counts.unanswered << " unanswered; replies "
+       << statusText(totals.counts);
+  return line.str();
+}
+
+}  // namespace sma

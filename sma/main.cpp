@@ -1,0 +1,145 @@
+#include <sys/resource.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+#include "sma/Fleet.h"
+#include "sma/Report.h"
+#include "sma/Requests.h"
+#include "sma/Scenario.h"
+#include "sma/SlotRange.h"
+
+namespace {
+
+constexpr int kExitUsage = 2;
+constexpr int kExitFailed = 1;
+constexpr std::size_t kMostRows = 64;
+
+struct Options {
+  std::string slots = "1-8";
+  std::string gateway = sma::defaultGateway(true);
+  double beat = 5;
+  double runFor = 0;
+  std::uint64_t seed = 1;
+  std::uint32_t listenBase = 0;
+  std::string scenario;
+  bool json = false;
+  bool quiet = false;
+  bool live = false;
+};
+
+void declare(CLI::App& app, Options& options) {
+  app.add_option("--slots", options.slots, "slots to simulate a blade in, e.g. 1-4,7")
+      ->capture_default_str();
+  app.add_option("--gateway", options.gateway, "end point of the gateway")->capture_default_str();
+  app.add_option("--beat", options.beat, "seconds between heartbeats")
+      ->check(CLI::Range(0.001, 3600.0))
+      ->capture_default_str();
+  app.add_option("--for", options.runFor, "seconds to run; without it, until interrupted")
+      ->check(CLI::Range(0.001, 1e6));
+  app.add_option("--seed", options.seed, "seed of everything that is drawn at random")
+      ->capture_default_str();
+  app.add_option("--listen-base", options.listenBase,
+                 "blade N listens for commands on this port plus N")
+      ->check(CLI::Range(1U, 32767U));
+  app.add_option("--scenario", options.scenario, "JSON file with faults and expectations");
+  app.add_flag("--json", options.json, "print the result as JSON");
+  app.add_flag("--quiet", options.quiet, "no line of progress each second");
+  app.add_flag("--live", options.live, "print the state of each blade every second");
+  app.footer(
+      "Example: sma-sim --slots 1-8 --beat 1 --for 10\n"
+      "Exit: 0 done and as expected, 1 an expectation failed or the run could not start,\n"
+      "2 wrong usage.");
+}
+
+/// Each blade costs two descriptors, and two more if it listens.
+void raiseDescriptorLimit() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
+sma::Fleet* runningFleet = nullptr;
+
+void onSignal(int /*signal*/) {
+  runningFleet->stop();
+}
+
+void stopOnSignals(sma::Fleet& fleet) {
+  runningFleet = &fleet;
+  struct sigaction action {};
+  action.sa_handler = onSignal;
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+std::chrono::milliseconds toMilliseconds(double seconds) {
+  return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+}
+
+int simulate(const Options& options, const std::vector<std::uint32_t>& slots,
+             const sma::Scenario& scenario) {
+  sma::Fleet::Settings settings;
+  settings.slots = slots;
+  settings.gateway = options.gateway;
+  settings.beat = toMilliseconds(options.beat);
+  settings.runFor = toMilliseconds(options.runFor);
+  settings.seed = options.seed;
+  settings.listenBase = options.listenBase;
+  sma::Fleet fleet(settings, scenario);
+  stopOnSignals(fleet);
+  fleet.run([&options](const sma::Fleet& running) {
+    if (options.live) {
+      sma::printLive(std::cout, running.blades(), running.elapsed());
+    } else if (!options.quiet) {
+      std::cerr << sma::progressLine(running.blades(), running.elapsed()) << std::endl;
+    }
+  });
+  sma::RunResult result;
+  result.blades = fleet.blades();
+  result.elapsed = fleet.elapsed();
+  result.commands = fleet.commands();
+  result.failures = scenario.failures(result.blades);
+  if (options.json) {
+    sma::printJson(std::cout, result);
+  } else {
+    sma::printTable(std::cout, result, kMostRows);
+  }
+  return result.failures.empty() ? 0 : kExitFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  CLI::App app("Simulated blades that speak to a gateway over real sockets.", "sma-sim");
+  declare(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kExitUsage;
+  }
+  std::vector<std::uint32_t> slots;
+  sma::Scenario scenario;
+  try {
+    slots = sma::parseSlotRange(options.slots);
+    if (!options.scenario.empty()) {
+      scenario = sma::Scenario::load(options.scenario);
+    }
+  } catch (const std::exception& error) {
+    std::cerr << "sma-sim: " << error.what() << '\n';
+    return kExitUsage;
+  }
+  raiseDescriptorLimit();
+  try {
+    return simulate(options, slots, scenario);
+  } catch (const std::exception& error) {
+    std::cerr << "sma-sim: " << error.what() << '\n';
+    return kExitFailed;
+  }
+}
