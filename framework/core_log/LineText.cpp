@@ -11,8 +11,12 @@
 namespace core_log {
 namespace {
 
-constexpr std::size_t kLongestUtf8Sequence = 4;
+// What is formatted of a text that is too long: one byte over the bound and the LF after it.
+constexpr std::size_t kFormattedBytes = kMaxLineBytes + 1 + 1;
+// Holds most documents: printf counts what does not fit one byte at a time.
+constexpr std::size_t kUsualBytes = 8192;
 constexpr std::size_t kMarkerBytes = 48;
+constexpr std::size_t kBytesBeforeMarker = kMaxLineBytes - kMarkerBytes;
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 bool isContinuation(unsigned char byte) {
@@ -72,6 +76,26 @@ std::size_t printableLength(std::string_view text) {
   return length;
 }
 
+/// True when eight bytes are all within ' ' and '~'; may be false for some that are.
+bool arePlain(const char* eight) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101U;
+  constexpr std::uint64_t kTops = 0x80 * kOnes;
+  std::uint64_t word = 0;
+  std::memcpy(&word, eight, sizeof(word));
+  const std::uint64_t belowBlank = word - ' ' * kOnes;
+  const std::uint64_t isDelete = (word ^ (0x7F * kOnes)) - kOnes;
+  return ((word | belowBlank | isDelete) & kTops) == 0;
+}
+
+/// Length of the run of plain characters at the front of `text`, in steps of eight.
+std::size_t plainLength(std::string_view text) {
+  std::size_t length = 0;
+  while (text.size() - length >= 8 && arePlain(text.data() + length)) {
+    length += 8;
+  }
+  return length;
+}
+
 void appendEscaped(std::string& out, char c) {
   const auto byte = static_cast<unsigned char>(c);
   out += "\\x";
@@ -100,9 +124,7 @@ std::string unprintable(const char* format) {
 /// `raw` is the formatted text or its beginning, `whole` the length of all of it.
 std::string finishLine(std::string_view raw, std::size_t whole, bool lineFeed) {
   if (lineFeed) {
-    if (raw.size() == whole) {
-      raw.remove_suffix(1);
-    }
+    raw.remove_suffix(1);
     --whole;
   }
   return escapeLine(raw, whole);
@@ -112,10 +134,12 @@ std::string finishLine(std::string_view raw, std::size_t whole, bool lineFeed) {
 
 std::string escapeLine(std::string_view text, std::size_t originalSize) {
   std::string out;
-  out.reserve(std::min(text.size(), kMaxLineBytes));
+  out.reserve(std::min(text.size(), kMaxLineBytes) + kMarkerBytes);
   std::size_t cutAt = 0;  // the last boundary after which the marker still fits
   while (!text.empty()) {
-    const std::size_t length = printableLength(text);
+    const std::size_t room = kBytesBeforeMarker - cutAt;
+    const std::size_t plain = plainLength(text.substr(0, room));
+    const std::size_t length = plain > 0 ? plain : printableLength(text);
     if (length == 0) {
       appendEscaped(out, text.front());
     } else {
@@ -126,7 +150,7 @@ std::string escapeLine(std::string_view text, std::size_t originalSize) {
       appendMarker(out, cutAt, originalSize);
       return out;
     }
-    if (out.size() <= kMaxLineBytes - kMarkerBytes) {
+    if (out.size() <= kBytesBeforeMarker) {
       cutAt = out.size();
     }
   }
@@ -136,7 +160,7 @@ std::string escapeLine(std::string_view text, std::size_t originalSize) {
 std::string formatLine(const char* format, std::va_list args) {
   std::va_list again;
   va_copy(again, args);
-  std::array<char, 1024> shortText{};
+  std::array<char, kUsualBytes> shortText;
   const int written = std::vsnprintf(shortText.data(), shortText.size(), format, args);
   const bool lineFeed = endsInLineFeed(format);
   std::string line;
@@ -146,8 +170,7 @@ std::string formatLine(const char* format, std::va_list args) {
     } else if (const auto whole = static_cast<std::size_t>(written); whole < shortText.size()) {
       line = finishLine({shortText.data(), whole}, whole, lineFeed);
     } else {
-      // One character more than fits, so that the cut is seen and never splits a sequence.
-      std::string longText(std::min(whole, kMaxLineBytes + kLongestUtf8Sequence), '\0');
+      std::string longText(std::min(whole, kFormattedBytes), '\0');
       std::vsnprintf(longText.data(), longText.size() + 1, format, again);
       line = finishLine(longText, whole, lineFeed);
     }
