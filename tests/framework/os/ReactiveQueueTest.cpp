@@ -231,6 +231,12 @@ TEST(ReactiveQueue, DoerSubmitsToThePool_TheItemRunsThere) {
   EXPECT_NE(thread, std::this_thread::get_id());
 }
 
+void submitFiveHundred(ReactiveQueue& queue, int first, std::atomic<int>& freed) {
+  for (int number = first; number < first + 500; ++number) {
+    queue.submit(new Item(number, &freed));
+  }
+}
+
 TEST(ReactiveQueue, ManySubmittersWhileItStops_EveryItemIsFreedOnce) {
   std::atomic<int> freed{0};
   Recorder recorder;
@@ -239,11 +245,7 @@ TEST(ReactiveQueue, ManySubmittersWhileItStops_EveryItemIsFreedOnce) {
     ReactiveQueue queue(&recorder, &byNumber, true);
     std::vector<std::jthread> submitters;
     for (int id = 0; id < 4; ++id) {
-      submitters.emplace_back([&queue, &freed, id] {
-        for (int i = 0; i < 500; ++i) {
-          queue.submit(new Item(id * 1000 + i, &freed));
-        }
-      });
+      submitters.emplace_back([&, id] { submitFiveHundred(queue, id * 1000, freed); });
     }
     stopAll(milliseconds(30000));
     EXPECT_FALSE(queue.submit(new Item(9999, &freed)));

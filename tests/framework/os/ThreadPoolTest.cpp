@@ -301,28 +301,37 @@ TEST(ThreadPool, DestroyedAfterAShutdownThatRanOutOfTime_LeavesTheBusyThread) {
   EXPECT_EQ(left.wait(kNoLimit), 0U);
 }
 
+void submitHundred(ThreadPool& pool, const std::function<Task*()>& make,
+                   std::atomic<int>& accepted) {
+  for (int i = 0; i < 100; ++i) {
+    accepted += pool.submit(make()) > 0 ? 1 : 0;
+  }
+}
+
+void shutDownUnderLoad() {
+  std::atomic<int> freed{0};
+  std::atomic<int> ran{0};
+  std::atomic<int> accepted{0};
+  const auto make = [&] {
+    return new Job([&ran] { ++ran; }, &freed);
+  };
+  ThreadPool pool(1, 4, 1, true);
+  std::vector<std::jthread> submitters;
+  for (int id = 0; id < 4; ++id) {
+    submitters.emplace_back([&] { submitHundred(pool, make, accepted); });
+  }
+  while (ran < 10) {
+    std::this_thread::yield();
+  }
+  EXPECT_TRUE(pool.shutdown(milliseconds(30000)));
+  submitters.clear();
+  EXPECT_EQ(freed, 400);
+  EXPECT_LE(ran, accepted);
+}
+
 TEST(ThreadPool, ManySubmittersWhileItShutsDown_EveryTaskIsFreedOnce) {
   for (int round = 0; round < 20; ++round) {
-    std::atomic<int> freed{0};
-    std::atomic<int> ran{0};
-    std::atomic<int> accepted{0};
-    {
-      ThreadPool pool(1, 4, 1, true);
-      std::vector<std::jthread> submitters;
-      for (int id = 0; id < 4; ++id) {
-        submitters.emplace_back([&] {
-          for (int i = 0; i < 100; ++i) {
-            accepted += pool.submit(new Job([&] { ++ran; }, &freed)) > 0 ? 1 : 0;
-          }
-        });
-      }
-      while (ran < 10) {
-        std::this_thread::yield();
-      }
-      EXPECT_TRUE(pool.shutdown(milliseconds(30000)));
-    }
-    EXPECT_EQ(freed, 400);
-    EXPECT_LE(ran, accepted);
+    shutDownUnderLoad();
   }
 }
 

@@ -227,21 +227,29 @@ TEST(TimerTaskOnTheRealClock, Submitted_Ticks) {
   EXPECT_EQ(ticked.wait(kNoLimit), 0U);
 }
 
-TEST(TimerTaskOnTheRealClock, ManyThreadsStartStopAndReset_NothingIsLost) {
-  std::vector<std::jthread> threads;
-  for (int id = 0; id < 4; ++id) {
-    threads.emplace_back([] {
-      for (int round = 0; round < 200; ++round) {
-        Ticker timer(1);
-        timer.submit();
-        timer.setInterval(2);
-        timer.reset();
-        if (round % 2 == 0) {
-          timer.cancel();
-        }
-      }
-    });
+void startAndStop() {
+  for (int round = 0; round < 200; ++round) {
+    Ticker timer(1);
+    timer.submit();
+    timer.setInterval(2);
+    timer.reset();
+    if (round % 2 == 0) {
+      timer.cancel();
+    }
   }
+}
+
+TEST(TimerTaskOnTheRealClock, ManyThreadsStartStopAndReset_LaterTimersStillTick) {
+  {
+    std::vector<std::jthread> threads;
+    for (int id = 0; id < 4; ++id) {
+      threads.emplace_back(startAndStop);
+    }
+  }
+  WaitableEvent ticked;
+  Ticker timer(1, [&] { ticked.set(); });
+  timer.submit();
+  EXPECT_EQ(ticked.wait(kNoLimit), 0U);
 }
 
 }  // namespace
