@@ -8,7 +8,7 @@ namespace msglyr {
 // A figure that threads count up and others read; it orders nothing else.
 class CounterCell {
  public:
-  void add() { value_.fetch_add(1, std::memory_order_relaxed); }
+  void add(std::uint64_t count = 1) { value_.fetch_add(count, std::memory_order_relaxed); }
   std::uint64_t load() const { return value_.load(std::memory_order_relaxed); }
 
  private:

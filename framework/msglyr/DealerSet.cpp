@@ -191,6 +191,7 @@ class DealerSet::Impl {
     }
     slots_[index]->unchecked = false;
     const std::uint64_t serial = slots_[index]->serial;
+    std::size_t handled = 0;
     for (unsigned count = 0; count < kMaxInTurn; ++count) {
       Entry& entry = *slots_[index];
       std::string* routing = entry.listens ? &routing_ : nullptr;
@@ -200,15 +201,16 @@ class DealerSet::Impl {
         continue;
       }
       if (outcome != Io::Done) {
-        return count;
+        return handled;
       }
+      ++handled;
       handler(index, entry.listens ? routing_ : noRouting_, message_);
       if (!slots_[index] || slots_[index]->serial != serial) {
-        return count + 1;
+        return handled;
       }
     }
     recheck(index, *slots_[index]);
-    return kMaxInTurn;
+    return handled;
   }
 
   const MessageLimits limits_;

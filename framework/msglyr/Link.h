@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -15,7 +17,10 @@ enum class Urgency { Batched, AtOnce };
 
 // A bidirectional stream of whole binary messages between a service and its management engine,
 // over inproc://, ipc:// or tcp://. The side that connects is the service; it may do so before
-// the other side binds. Messages of one side arrive in the order they were sent in.
+// the other side binds, and connects again when the connection is lost. Messages of one side
+// arrive in the order they were sent in. What the other side does not take waits, within
+// Limits, and is dropped after Limits::maxWait, so that a management engine that was away does
+// not find stale orders when it returns.
 //
 // One thread, owned by the link, moves the data and calls the handler. send may be called from
 // any thread, the handler included; it takes a short lock and never blocks on the peer.
@@ -36,6 +41,7 @@ class Link {
   struct Limits {
     std::size_t maxMessageBytes = 4 * 1024 * 1024;  // a longer one is refused by send
     std::size_t maxQueuedBytes = 64 * 1024 * 1024;  // waiting in this object; beyond: refused
+    std::chrono::milliseconds maxWait{10000};       // in this object, for a peer that is away
   };
 
   struct Counters {
@@ -43,6 +49,7 @@ class Link {
     std::uint64_t received = 0;  // messages given to the handler
     std::uint64_t dropped = 0;   // refused by send, or their peer was gone or did not drain
     std::uint64_t batches = 0;   // transport messages sent
+    std::uint64_t refused = 0;   // transport messages received that are not a link's
   };
 
   // Binds or connects and starts the thread. Throws std::runtime_error naming the end point and
