@@ -19,7 +19,8 @@ class AgFactory;
 //
 // Texts are UTF-8. A byte that is not, or a character that XML 1.0 cannot carry (most control
 // characters), becomes U+FFFD when it is added to a document and when it is read from one. Every
-// other text comes back exactly as it was added. A carriage return that stands unescaped in a
+// other text comes back exactly as it was added, but for blanks alone in an element that has
+// children, which are taken for layout. A carriage return that stands unescaped in a
 // document is read as a line feed.
 //
 // Whatever a peer sends, nothing here throws but std::bad_alloc.
