@@ -382,6 +382,11 @@ class Svc : public proc::Svc {
                                               proc::Stimulus::Priority priority);
 
  private:
+  /// Makes the process's service and its object tree known to the framework.
+  static Svc& registerService();
+  /// Sets queue and pool to work.
+  void activate();
+
   // In the order of construction; each may use those before it.
   std::unique_ptr<mo::Transactor> transactor_;
   std::unique_ptr<proc::Doer> doer_;
