@@ -13,7 +13,7 @@ AgBootstrap& AgBootstrap::get() {
 void AgBootstrap::submitBootstrapRequest() {
   {
     const std::lock_guard guard(lock_);
-    if (state_ == State::kRequested || state_ == State::kDone) {
+    if (state_ == State::kDone) {
       return;
     }
     state_ = State::kRequested;
@@ -26,10 +26,10 @@ void AgBootstrap::bootstrapCb(bool up) {
   bool isDue = false;
   {
     const std::lock_guard guard(bootstrap.lock_);
-    if (!up && bootstrap.state_ != State::kIdle) {
-      bootstrap.state_ = State::kLost;
+    if (!up && bootstrap.state_ == State::kDone) {
+      bootstrap.state_ = State::kRequested;
     }
-    isDue = up && bootstrap.state_ == State::kLost;
+    isDue = up && bootstrap.state_ == State::kRequested;
   }
   if (isDue) {
     bootstrap.submitBootstrapRequest();

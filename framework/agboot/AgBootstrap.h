@@ -15,9 +15,11 @@ class AgBootstrap {
   /// The process's one.
   static AgBootstrap& get();
 
-  /// Asks the engine, unless it was asked already and has not gone away since.
+  /// Asks the engine, unless it has answered and not gone away since.
   void submitBootstrapRequest();
-  /// The service's channel-activity callback: asks again when the engine comes back.
+  /// The service's channel-activity callback: asks again when the engine comes up and an
+  /// answer is outstanding: one that went away has forgotten the service, and one that was away
+  /// may not have got the question.
   static void bootstrapCb(bool up);
   /// Takes the engine's answer and tells it that the service has begun.
   void processBootstrapResponse(proc::Stimulus& method);
@@ -28,7 +30,7 @@ class AgBootstrap {
   void reset();
 
  private:
-  enum class State { kIdle, kLost, kRequested, kDone };
+  enum class State { kIdle, kRequested, kDone };
 
   AgBootstrap() = default;
 

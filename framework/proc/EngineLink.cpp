@@ -33,11 +33,14 @@ bool isHello(const unsigned char* bytes, std::size_t size) {
 
 }  // namespace
 
-EngineLink::EngineLink(const std::string& endPoint, Receiver receiver)
-    : greeting_(makeGreeting()), receiver_(std::move(receiver)) {
+EngineLink::EngineLink(const std::string& endPoint) : greeting_(makeGreeting()) {
   link_ = std::make_unique<msglyr::Link>(
       msglyr::Link::Side::Bind, endPoint,
       [this](msglyr::Link::PeerId peer, std::span<const std::string_view> messages) {
+        gate_.wait(Gate::kShut);
+        if (gate_ == Gate::kClosed) {
+          return;
+        }
         for (const std::string_view message : messages) {
           take(peer, message);
         }
@@ -46,6 +49,14 @@ EngineLink::EngineLink(const std::string& endPoint, Receiver receiver)
 
 EngineLink::~EngineLink() {
   close();
+}
+
+void EngineLink::start(Receiver receiver) {
+  receiver_ = std::move(receiver);
+  gate_ = Gate::kOpen;
+  gate_.notify_all();
+  // For a service that is connected or connects soon: it need not ask first.
+  send(kLatestPeer, greeting_, true);
 }
 
 bool EngineLink::send(PeerId peer, const base::OBioStream& bytes, bool urgent) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -30,12 +31,16 @@ class EngineLink {
   /// the call. An exception is logged and drops that stimulus.
   using Receiver = std::function<void(PeerId peer, const unsigned char* bytes, std::size_t size)>;
 
-  /// Binds `endPoint` (inproc://, ipc:// or tcp://) and starts the link's thread. Throws
-  /// std::runtime_error naming the end point and the cause.
-  EngineLink(const std::string& endPoint, Receiver receiver);
+  /// Binds `endPoint` (inproc://, ipc:// or tcp://). Throws std::runtime_error naming the end point
+  /// and the cause.
+  explicit EngineLink(const std::string& endPoint);
   ~EngineLink();
   EngineLink(const EngineLink&) = delete;
   EngineLink& operator=(const EngineLink&) = delete;
+
+  /// Begins to receive; what came since the end point was bound waits for it. To be called once,
+  /// when everything that the receiver uses is there.
+  void start(Receiver receiver);
 
   /// Hands one stimulus, copying it, over for `peer`. `urgent` leaves at once, with everything
   /// sent to that peer before; others are collected for about a millisecond. Order is kept. False
@@ -52,11 +57,14 @@ class EngineLink {
   std::uint64_t dropped() const;
 
  private:
+  enum class Gate { kShut, kOpen, kClosed };
+
   void take(PeerId peer, std::string_view bytes);
 
   const base::OBioStream greeting_;
-  const Receiver receiver_;
-  std::unique_ptr<msglyr::Link> link_;  // last: its thread uses the rest
+  Receiver receiver_;                    // constant once the gate is open
+  std::atomic<Gate> gate_{Gate::kShut};  // the link's thread waits for it to open
+  std::unique_ptr<msglyr::Link> link_;   // last: its thread uses the rest
 };
 
 }  // namespace proc
