@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "framework/base/SvcConfigParams.h"
@@ -19,22 +21,19 @@ namespace test_support {
 /// A service as a gateway sets one up, with queue and pool at work, and its end.
 class TestService {
  public:
-  TestService()
-      : svc(26),
-        doer(&transactor),
-        deduplicator(32),
-        pool(8, 32, 8, false),
-        queue(&doer, &deduplicator, false) {
+  TestService() {
     proc::regService(&app, &svc, "test");
     svc.setActivationState(1);
-    svc.setReactiveQueue(&queue);
-    queue.activate();
+    svc.setReactiveQueue(queue.get());
+    queue->activate();
     svc.setActivationState(2);
-    svc.setThreadPool(&pool);
-    pool.activate();
+    svc.setThreadPool(pool.get());
+    pool->activate();
   }
   ~TestService() {
     svc.link().close();
+    queue.reset();
+    pool.reset();
     proc::Svc::instance = nullptr;
     proc::MethodTable::instance().clear();
     proc::StateRequest::get().reset();
@@ -55,11 +54,12 @@ class TestService {
 
   proc::App app{1};
   mo::Transactor transactor{0, 1};
-  proc::Svc svc;
-  proc::Doer doer;
-  proc::QueueDeduplicatorImpl deduplicator;
-  os::ThreadPool pool;
-  os::ReactiveQueue queue;  // last: ends before what it uses
+  proc::Svc svc{26};
+  proc::Doer doer{&transactor};
+  proc::QueueDeduplicatorImpl deduplicator{32};
+  std::unique_ptr<os::ThreadPool> pool = std::make_unique<os::ThreadPool>(8, 32, 8, false);
+  std::unique_ptr<os::ReactiveQueue> queue =
+      std::make_unique<os::ReactiveQueue>(&doer, &deduplicator, false);
 };
 
 }  // namespace test_support
