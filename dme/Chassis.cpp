@@ -74,8 +74,8 @@ Object& Chassis::addSlot(std::uint32_t number, const base::String& name) {
 
 void Chassis::index(Object& slot) {
   const std::uint32_t number = slot.get(slot_object::kNumber);
-  if (number > base::kHighestSlot) {
-    return;  // kept by a version that knew more slots
+  if (number == 0 || number > base::kHighestSlot) {
+    return;  // out of reach for a blade
   }
   if (byNumber_.size() <= number) {
     byNumber_.resize(number + 1);

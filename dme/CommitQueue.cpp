@@ -95,7 +95,7 @@ Result<void> CommitQueue::write(const std::vector<Transaction>& batch) {
   for (const Transaction& transaction : batch) {
     changes.insert(changes.end(), transaction.changes.begin(), transaction.changes.end());
   }
-  const Result<void> outcome = changes.empty() ? Result<void>() : write_(changes);
+  Result<void> outcome = changes.empty() ? Result<void>() : write_(changes);
   const bool wasBehind = !unwritten_.empty();
   if (outcome) {
     unwritten_.clear();

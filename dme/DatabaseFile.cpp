@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "dme/Sqlite.h"
 
@@ -124,7 +123,7 @@ bool syncPath(const std::string& path, int flags) {
 
 Result<void> prepareStateDirectory(const std::string& directory) {
   if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) {
-    return refuse(directory, std::string("cannot be created (") + std::strerror(errno) + ")",
+    return refuse(directory, "cannot be created (" + lastSystemError() + ")",
                   "create it and give it to the user that runs this program");
   }
   struct stat status {};
@@ -132,7 +131,7 @@ Result<void> prepareStateDirectory(const std::string& directory) {
     return refuse(directory, "is not a directory", "configure a directory for the engine's state");
   }
   if (::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
-    return refuse(directory, std::string("is not writable (") + std::strerror(errno) + ")",
+    return refuse(directory, "is not writable (" + lastSystemError() + ")",
                   "give it to the user that runs this program");
   }
   return {};
@@ -147,7 +146,7 @@ Result<void> createDatabaseFile(const std::string& file, std::int64_t schema) {
   const int descriptor =
       ::open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (descriptor < 0) {
-    return refuse(file, std::string("cannot be created (") + std::strerror(errno) + ")",
+    return refuse(file, "cannot be created (" + lastSystemError() + ")",
                   "give its directory to the user that runs this program");
   }
   ::close(descriptor);
@@ -159,7 +158,7 @@ Result<void> createDatabaseFile(const std::string& file, std::int64_t schema) {
   const std::string directory = file.substr(0, file.rfind('/'));
   if (!syncPath(draft, 0) || ::rename(draft.c_str(), file.c_str()) != 0 ||
       !syncPath(directory, O_DIRECTORY)) {
-    return refuse(file, std::string("cannot be created (") + std::strerror(errno) + ")",
+    return refuse(file, "cannot be created (" + lastSystemError() + ")",
                   "check the file system that it is on");
   }
   return {};
@@ -167,7 +166,7 @@ Result<void> createDatabaseFile(const std::string& file, std::int64_t schema) {
 
 Result<void> inspectDatabaseFile(const std::string& file, std::int64_t knownSchema) {
   if (::faccessat(AT_FDCWD, file.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
-    return refuse(file, std::string("is not writable (") + std::strerror(errno) + ")",
+    return refuse(file, "is not writable (" + lastSystemError() + ")",
                   "give it to the user that runs this program");
   }
   if (sizeOf(file) == 0) {

@@ -99,7 +99,7 @@ Result<void> ObjectStore::load() {
   const auto report = [&mismatch](std::string finding) {
     mismatch = mismatch.empty() ? std::move(finding) : mismatch;
   };
-  const Result<void> read = database_.load(
+  Result<void> read = database_.load(
       [&](std::string_view dn, std::string_view className) {
         if (const ClassInfo* info = findClass(className)) {
           objects_.emplace(dn, std::make_unique<Object>(mo::Dn(dn), *info));

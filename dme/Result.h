@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cerrno>
 #include <string>
+#include <system_error>
 #include <tl/expected.hpp>
 #include <utility>
 
@@ -17,6 +19,11 @@ using Result = tl::expected<T, Error>;
 
 inline tl::unexpected<Error> failure(std::string text, int code = 0) {
   return tl::unexpected<Error>(Error{std::move(text), code});
+}
+
+/// The text of errno.
+inline std::string lastSystemError() {
+  return std::generic_category().message(errno);
 }
 
 }  // namespace dme

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace dme {
@@ -39,7 +38,7 @@ Result<StateLock> StateLock::acquire(const std::string& directory) {
   const std::string file = directory + "/" + kFileName;
   StateLock lock(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (lock.descriptor_ < 0) {
-    return failure(file + " cannot be opened (" + std::strerror(errno) +
+    return failure(file + " cannot be opened (" + lastSystemError() +
                    "): give the directory to the user that runs this program");
   }
   if (::flock(lock.descriptor_, LOCK_EX | LOCK_NB) != 0) {
@@ -47,11 +46,11 @@ Result<StateLock> StateLock::acquire(const std::string& directory) {
       return failure(directory + " is in use by " + holderOf(lock.descriptor_) +
                      ": stop it, or configure another state directory");
     }
-    return failure(file + " cannot be locked (" + std::strerror(errno) +
+    return failure(file + " cannot be locked (" + lastSystemError() +
                    "): use a file system that supports locks");
   }
   if (!writeOwnId(lock.descriptor_)) {
-    return failure(file + " cannot be written (" + std::strerror(errno) +
+    return failure(file + " cannot be written (" + lastSystemError() +
                    "): free some space on its file system");
   }
   return lock;

@@ -54,6 +54,23 @@ class ServiceStandIn {
     arrived_.wait(lock, [&] { return sent_.size() >= count; });
     return sent_;
   }
+  /// Waits for the answer to the call with this cookie, and gives its bytes.
+  std::string waitForAnswer(std::string_view cookie) {
+    const base::Buffer wanted(cookie.data(), cookie.size());
+    std::size_t seen = 0;
+    std::unique_lock lock(mutex_);
+    for (;;) {
+      for (; seen < sent_.size(); ++seen) {
+        const std::string& bytes = sent_[seen].bytes;
+        const auto header =
+            method::readHeader(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+        if (header != nullptr && header->cookie() == wanted) {
+          return bytes;
+        }
+      }
+      arrived_.wait(lock, [&] { return sent_.size() > seen; });
+    }
+  }
   std::size_t count() {
     const std::lock_guard lock(mutex_);
     return sent_.size();

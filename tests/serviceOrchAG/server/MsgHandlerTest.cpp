@@ -275,12 +275,11 @@ TEST(MsgHandlerInstance, ManyFirstCalls_MakeOneObject) {
 
 class MsgHandlerInit : public testing::Test {
  protected:
-  /// The workers of a handler never end, so it stays until the process does.
+  /// The workers of a handler never end, so it is left to them.
   static MsgHandler& start() {
-    static auto& started = *new std::vector<std::unique_ptr<MsgHandler>>;
-    started.push_back(std::make_unique<MsgHandler>());
-    started.back()->init();
-    return *started.back();
+    MsgHandler& handler = *new MsgHandler;
+    handler.init();
+    return handler;
   }
 
   ScriptedChannel channels_;

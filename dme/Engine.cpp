@@ -1,0 +1,215 @@
+#include "dme/Engine.h"
+
+#include <exception>
+#include <future>
+#include <utility>
+
+#include "framework/base/SvcConfigParams.h"
+#include "framework/core_log/Log.h"
+
+namespace dme {
+
+EngineConfig EngineConfig::from(const base::SvcConfigParams& params) {
+  return {params.getStateDir().str(),
+          params.getDmeChassis().str(),
+          params.getDmeEndpoint().str(),
+          {params.getDmeHeartbeatInterval(), params.getDmeHeartbeatMisses(), params.getDmeGrace()}};
+}
+
+Result<std::unique_ptr<Engine>> Engine::open(const EngineConfig& config) {
+  Result<std::unique_ptr<ObjectStore>> store = ObjectStore::open(config.stateDir);
+  if (!store) {
+    return tl::unexpected<Error>(store.error());
+  }
+  std::optional<base::ChassisDescription> description;
+  if (!config.chassisFile.empty() && !Chassis::isIn(**store)) {
+    auto read = base::readChassisFile(config.chassisFile);
+    if (!read) {
+      return failure(std::move(read.error()));
+    }
+    description = std::move(*read);
+  }
+  std::unique_ptr<Engine> engine(new Engine(config, std::move(*store), description));
+  if (const Result<void> stored = engine->commitAndWait(); !stored) {
+    return failure(config.stateDir + " cannot be written to (" + stored.error().text +
+                       "): free some space on its file system",
+                   stored.error().code);
+  }
+  return engine;
+}
+
+Engine::Engine(EngineConfig config, std::unique_ptr<ObjectStore> store,
+               const std::optional<base::ChassisDescription>& description)
+    : config_(std::move(config)),
+      store_(std::move(store)),
+      chassis_(*store_, description),
+      monitor_(config_.monitor),
+      server_(*store_, chassis_, monitor_,
+              [this](proc::EngineLink::PeerId peer, const base::OBioStream& bytes, bool urgent) {
+                return link_->send(peer, bytes, urgent);
+              }) {}
+
+Engine::~Engine() {
+  stop();
+}
+
+Result<void> Engine::commitAndWait() {
+  std::promise<Result<void>> stored;
+  store_->commit([&stored](const Result<void>& outcome) { stored.set_value(outcome); });
+  return stored.get_future().get();
+}
+
+Result<void> Engine::start() {
+  try {
+    auto link = std::make_unique<proc::EngineLink>(config_.endPoint);
+    const std::lock_guard lock(state_);
+    link_ = std::move(link);
+  } catch (const std::exception& error) {
+    return failure(error.what());
+  }
+  expectKnownBlades();
+  thread_ = std::thread([this] { run(); });
+  link_->start([this](proc::EngineLink::PeerId peer, const unsigned char* bytes, std::size_t size) {
+    inbox_.push(peer, bytes, size);
+  });
+  core_log::logPrintf(
+      "start", core_log::serviceLevel(), 5, "engine at %s: start %llu on this database, %zu slots",
+      link_->endPoint().c_str(), static_cast<unsigned long long>(status().epoch), status().slots);
+  return {};
+}
+
+void Engine::expectKnownBlades() {
+  const std::lock_guard lock(state_);
+  const os::Clock::TimePoint now = os::Clock::instance().now();
+  for (const Object* slot : chassis_.slots()) {
+    if (slot->get(slot_object::kAdmission) == static_cast<std::uint8_t>(Admission::kValid)) {
+      monitor_.expect(slot->get(slot_object::kNumber), now);
+    }
+  }
+  if (monitor_.isWatching()) {
+    nextJudgement_ = now + monitor_.judgeEvery();
+  }
+}
+
+void Engine::stop() {
+  inbox_.close();
+  if (thread_.joinable()) {
+    thread_.join();
+  }
+  store_->close();  // the answers to what it writes still leave
+  if (link_ != nullptr) {
+    link_->close();
+  }
+}
+
+std::string Engine::endPoint() const {
+  const std::lock_guard lock(state_);
+  return link_ != nullptr ? link_->endPoint() : "";
+}
+
+void Engine::run() {
+  StimulusBatch batch;
+  while (inbox_.take(batch, nextJudgement_)) {
+    process(batch);
+  }
+}
+
+void Engine::process(const StimulusBatch& batch) {
+  const std::lock_guard lock(state_);
+  const os::Clock::TimePoint now = os::Clock::instance().now();
+  for (const StimulusBatch::Entry& entry : batch.entries()) {
+    handle(batch, entry, now);
+  }
+  judge(now);
+}
+
+void Engine::handle(const StimulusBatch& batch, const StimulusBatch::Entry& entry,
+                    os::Clock::TimePoint now) {
+  try {
+    const auto bytes = batch.bytesOf(entry);
+    server_.handle(entry.peer, bytes.data(), bytes.size(), now);
+  } catch (const std::exception& error) {
+    core_log::logPrintf("handle", core_log::serviceLevel(), 8, "stimulus of %zu bytes dropped: %s",
+                        entry.size, error.what());
+  }
+}
+
+void Engine::judge(os::Clock::TimePoint now) {
+  if (!monitor_.isWatching()) {
+    nextJudgement_.reset();
+    return;
+  }
+  if (!nextJudgement_ || now >= *nextJudgement_) {
+    monitor_.judge(now);
+    nextJudgement_ = now + monitor_.judgeEvery();
+  }
+}
+
+SlotView Engine::viewOf(const Object& slot, os::Clock::TimePoint now) const {
+  SlotView view;
+  view.slot = slot.get(slot_object::kNumber);
+  view.name = slot.get(slot_object::kName).str();
+  view.admission = static_cast<Admission>(slot.get(slot_object::kAdmission));
+  view.hasToken = !slot.get(slot_object::kToken).empty();
+  view.runningVersion = slot.get(slot_object::kRunningVersion).str();
+  view.runningImage = slot.get(slot_object::kRunningImage).str();
+  view.runningImageSize = slot.get(slot_object::kRunningImageSize);
+  view.cachedVersion = slot.get(slot_object::kCachedVersion).str();
+  view.cachedImage = slot.get(slot_object::kCachedImage).str();
+  view.cachedImageSize = slot.get(slot_object::kCachedImageSize);
+  view.registrations = slot.get(slot_object::kRegistrations);
+  if (const BladeMonitor::Blade* blade = monitor_.find(view.slot)) {
+    view.isWatched = blade->isWatched;
+    view.state = blade->state;
+    view.lastCount = blade->lastCount;
+    view.lastTimer = blade->lastTimer;
+    view.beats = blade->beats;
+    view.duplicates = blade->duplicates;
+    view.missed = blade->missed;
+    view.restarts = blade->restarts;
+    if (blade->beats > 0) {
+      view.sinceLastBeat =
+          std::chrono::duration_cast<std::chrono::milliseconds>(now - blade->lastBeat);
+    }
+  }
+  return view;
+}
+
+std::vector<SlotView> Engine::slots() const {
+  const std::lock_guard lock(state_);
+  const os::Clock::TimePoint now = os::Clock::instance().now();
+  std::vector<SlotView> views;
+  for (const Object* slot : chassis_.slots()) {
+    views.push_back(viewOf(*slot, now));
+  }
+  return views;
+}
+
+std::optional<SlotView> Engine::slot(std::uint32_t number) const {
+  const std::lock_guard lock(state_);
+  const Object* slot = chassis_.slot(number);
+  if (slot == nullptr) {
+    return std::nullopt;
+  }
+  return viewOf(*slot, os::Clock::instance().now());
+}
+
+EngineStatus Engine::status() const {
+  const std::lock_guard lock(state_);
+  EngineStatus status;
+  status.clusterId = chassis_.clusterId();
+  status.epoch = chassis_.epoch();
+  status.slots = chassis_.slots().size();
+  status.watched = monitor_.watched();
+  status.alive = monitor_.inState(BladeMonitor::State::kAlive);
+  status.late = monitor_.inState(BladeMonitor::State::kLate);
+  status.silent = monitor_.inState(BladeMonitor::State::kSilent);
+  status.areActionsHeld = monitor_.areActionsHeld();
+  status.alarms = monitor_.alarms();
+  status.dropped = inbox_.dropped() + (link_ != nullptr ? link_->dropped() : 0);
+  status.methods = server_.counters();
+  status.commits = store_->counters();
+  return status;
+}
+
+}  // namespace dme
