@@ -1,5 +1,7 @@
 #include "serviceOrchAG/svc/Registration.h"
 
+#include <type_traits>
+
 #include "framework/sysdebug/LogControlEpBI.h"
 #include "model/agboot/Methods.h"
 #include "model/dmeapi/Methods.h"
@@ -12,17 +14,22 @@
 namespace zan_serviceOrchAG {
 namespace {
 
+/// Compares types, not pointers: with UBSan a comparison of pointers is no constant expression.
+template <class Callback, Callback callback>
+constexpr bool kIsSet = !std::is_same_v<std::integral_constant<Callback, callback>,
+                                        std::integral_constant<Callback, nullptr>>;
+
 template <class Me, typename Me::ExecuteCb execute, typename Me::SuccessRspCb success,
           typename Me::FailedRspCb failure, typename Me::FormatRspCb formatSuccess,
           typename Me::FormatRspCb formatFailure>
 constexpr Registration row() {
   return {Me::kName,
           Me::kClassId,
-          execute != nullptr,
-          success != nullptr,
-          failure != nullptr,
-          formatSuccess != nullptr,
-          formatFailure != nullptr,
+          kIsSet<typename Me::ExecuteCb, execute>,
+          kIsSet<typename Me::SuccessRspCb, success>,
+          kIsSet<typename Me::FailedRspCb, failure>,
+          kIsSet<typename Me::FormatRspCb, formatSuccess>,
+          kIsSet<typename Me::FormatRspCb, formatFailure>,
           [] {
             Me::registerCbs(execute, success, failure, formatSuccess, formatFailure);
           }};

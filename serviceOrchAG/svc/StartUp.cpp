@@ -3,6 +3,7 @@
 #include <memory>
 #include <set>
 #include <span>
+#include <utility>
 
 #include "framework/agboot/AgBootstrap.h"
 #include "framework/base/String.h"
@@ -119,7 +120,7 @@ Svc& Svc::registerService() {
   auto svc = std::make_unique<Svc>();
   svc->setBootstrapCb(agboot::AgBootstrap::bootstrapCb);
   proc::regService(app.get(), svc.get(), base::SvcConfigParams::getInstance().getClusterName());
-  app.release();  // both stay until the process ends
+  svc->application_ = std::move(app);
   Svc& registered = *svc.release();
   mo::Mit::registerInstance(registered.tree_.get());
   return registered;

@@ -25,6 +25,7 @@ namespace net {
 class ChannelBank;
 }
 namespace proc {
+class App;
 class Doer;
 class QueueDeduplicatorImpl;
 }  // namespace proc
@@ -395,6 +396,7 @@ class Svc : public proc::Svc {
   std::unique_ptr<os::ThreadPool> pool_;
   std::unique_ptr<dmemem::Mit> tree_;
   std::unique_ptr<net::ChannelBank> channels_;
+  std::unique_ptr<proc::App> application_;
 };
 
 }  // namespace zan_serviceOrchAG
