@@ -125,12 +125,13 @@ TEST(LogControlRefresh, Interval_IsKeptUnlessItIsZero) {
 /// The other end of the service's link: keeps what arrives and answers when it is told to.
 class Engine {
  public:
-  explicit Engine(const std::string& endPoint)
-      : link_(endPoint, [this](auto, const unsigned char* bytes, std::size_t size) {
-          const std::lock_guard guard(lock_);
-          received_.emplace_back(bytes, bytes + size);
-          arrived_.notify_all();
-        }) {}
+  explicit Engine(const std::string& endPoint) : link_(endPoint) {
+    link_.start([this](auto, const unsigned char* bytes, std::size_t size) {
+      const std::lock_guard guard(lock_);
+      received_.emplace_back(bytes, bytes + size);
+      arrived_.notify_all();
+    });
+  }
 
   /// The first call of this method, waited for; null after 30 seconds.
   template <class Me>
