@@ -1,5 +1,6 @@
 #include "framework/proc/Stimulus.h"
 
+#include <type_traits>
 #include <utility>
 
 // header   layout u32, class id u32, type u32, intent u32, bulk u32, priority u32,
@@ -14,15 +15,21 @@ bool isPriority(std::uint32_t word) {
   return word <= static_cast<std::uint32_t>(Stimulus::Priority::kHighest);
 }
 
-bool readWords(base::IBioStream& stream) {
-  (void)stream;
-  return true;
-}
-
-template <class... Rest>
-bool readWords(base::IBioStream& stream, std::uint32_t& word, Rest&... rest) {
-  return stream.read(word) && readWords(stream, rest...);
-}
+/// The fixed part of the header, as it travels. One block, because it is written for every
+/// heartbeat.
+struct Words {
+  std::uint32_t layout;
+  std::uint32_t classId;
+  std::uint32_t type;
+  std::uint32_t intent;
+  std::uint32_t bulk;
+  std::uint32_t priority;
+  std::uint32_t responseRequired;
+  std::uint32_t reserved;
+  std::uint32_t dataBits;
+  Address address;
+};
+static_assert(sizeof(Words) == 52 && std::is_trivially_copyable_v<Words>);
 
 }  // namespace
 
@@ -68,13 +75,12 @@ void Stimulus::reportFailure(ResultBits bits, std::uint32_t code, const base::St
 
 void Stimulus::writeHeader(base::OBioStream& stream, std::uint32_t type,
                            std::uint32_t responseRequired, const Address& address) const {
-  const auto priority = static_cast<std::uint32_t>(header_.priority);
-  for (const std::uint32_t word :
-       {kLayout, header_.classId, type, header_.intent, header_.bulk, priority, responseRequired,
-        header_.reserved, header_.dataBits, address.service, address.instance, address.sender,
-        address.senderInstance}) {
-    stream.write(word);
-  }
+  const Words words{
+      kLayout,          header_.classId,  type,
+      header_.intent,   header_.bulk,     static_cast<std::uint32_t>(header_.priority),
+      responseRequired, header_.reserved, header_.dataBits,
+      address};
+  stream.loopWrite(reinterpret_cast<const unsigned char*>(&words), sizeof(words));
   stream.write(header_.cookie);
 }
 
@@ -89,21 +95,24 @@ void Stimulus::serializeAnswer(base::OBioStream& stream) const {
 }
 
 bool Stimulus::deserialize(base::IBioStream& stream) {
-  Header read;
-  std::uint32_t layout = 0;
-  std::uint32_t priority = 0;
-  const bool isRead =
-      readWords(stream, layout, read.classId, read.type, read.intent, read.bulk, priority,
-                read.responseRequired, read.reserved, read.dataBits, read.address.service,
-                read.address.instance, read.address.sender, read.address.senderInstance) &&
-      stream.read(read.cookie);
-  if (!isRead || layout != kLayout || !isPriority(priority) ||
-      (read.responseRequired != 0 && read.responseRequired != kResponseRequired) ||
-      read.cookie.size() > kMostCookieBytes) {
+  Words words{};
+  base::Buffer cookie;
+  if (!stream.loopRead(reinterpret_cast<unsigned char*>(&words), sizeof(words)) ||
+      !stream.read(cookie) || words.layout != kLayout || !isPriority(words.priority) ||
+      (words.responseRequired != 0 && words.responseRequired != kResponseRequired) ||
+      cookie.size() > kMostCookieBytes) {
     return false;
   }
-  read.priority = static_cast<Priority>(priority);
-  header_ = std::move(read);
+  header_ = {words.classId,
+             words.type,
+             words.intent,
+             words.bulk,
+             static_cast<Priority>(words.priority),
+             words.responseRequired,
+             words.reserved,
+             words.dataBits,
+             words.address,
+             std::move(cookie)};
   failure_.reset();
   return true;
 }
