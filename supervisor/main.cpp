@@ -1,0 +1,34 @@
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <variant>
+
+#include "framework/base/SvcConfigParams.h"
+#include "supervisor/CommandLine.h"
+#include "supervisor/ExitCode.h"
+#include "supervisor/Supervisor.h"
+
+int main(int argc, char** argv) {
+  using namespace supervisor;
+  const auto parsed = parseCommandLine(argc, argv);
+  if (const int* exitCode = std::get_if<int>(&parsed)) {
+    return *exitCode;
+  }
+  const auto& line = std::get<CommandLine>(parsed);
+  const auto loaded = base::SvcConfigParams::getInstance().load(line.config, line.overrides);
+  if (!loaded) {
+    std::cerr << "zedd: " << loaded.error() << '\n';
+    return kExitUsage;
+  }
+  if (line.checkConfig) {
+    std::cout << "zedd: configuration is in order\n";
+    return kExitOk;
+  }
+  try {
+    Supervisor(line).run();
+  } catch (const std::exception& error) {
+    std::cerr << "zedd: " << error.what() << std::endl;
+    // Workers of the service may already run; nothing that they use is destroyed.
+    std::_Exit(kExitFailed);
+  }
+}
