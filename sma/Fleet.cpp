@@ -29,6 +29,16 @@ Fleet::Fleet(const Settings& settings, const Scenario& scenario)
 
 Fleet::~Fleet() = default;
 
+// Connections need a moment, and blades of a rack do not all start in one instant.
+BladeAgent::Duration Fleet::startDelayOf(std::uint64_t seed) const {
+  constexpr std::int64_t kConnectMs = 50;
+  constexpr std::size_t kSmallFleet = 64;
+  const std::int64_t spread =
+      settings_.slots.size() <= kSmallFleet ? kConnectMs : settings_.beat.count();
+  const auto share = static_cast<std::int64_t>(seed % 1000) * spread / 1000;
+  return BladeAgent::Duration(kConnectMs + share);
+}
+
 void Fleet::addBlade(std::uint32_t slot, const Scenario& scenario) {
   BladeAgent::Settings blade;
   blade.slot = slot;
@@ -40,11 +50,7 @@ void Fleet::addBlade(std::uint32_t slot, const Scenario& scenario) {
   scenario.apply(blade);
 
   const std::size_t number = blades_.size();
-  // Blades that start together would all register in one instant; a rack does not.
-  const auto startDelay = std::chrono::milliseconds(
-      settings_.slots.size() > 64 ? blade.seed % static_cast<std::uint64_t>(std::max<std::int64_t>(
-                                                     settings_.beat.count(), 1))
-                                  : 0);
+  const auto startDelay = startDelayOf(blade.seed);
   const auto socket = sockets_.add(settings_.gateway);
   bladeOf_.resize(std::max(bladeOf_.size(), socket + 1), kListener);
   bladeOf_[socket] = number;

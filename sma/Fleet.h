@@ -51,6 +51,7 @@ class Fleet {
     bool operator>(const Due& other) const { return time > other.time; }
   };
 
+  BladeAgent::Duration startDelayOf(std::uint64_t seed) const;
   void addBlade(std::uint32_t slot, const Scenario& scenario);
   void serveDue(BladeAgent::TimePoint now);
   void schedule(std::size_t blade);

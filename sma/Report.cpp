@@ -109,7 +109,7 @@ void printTable(std::ostream& out, const RunResult& result, std::size_t mostRows
       totals.counts.odd, totals.counts.unanswered, totals.counts.unsent);
   out << statusText(totals.counts) << '\n';
   for (const std::string& failure : result.failures) {
-    out << "expectation failed: " << failure << '\n';
+    out << "failed: " << failure << '\n';
   }
 }
 

@@ -1,6 +1,7 @@
 #include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -51,7 +52,8 @@ void declare(CLI::App& app, Options& options) {
   app.add_flag("--live", options.live, "print the state of each blade every second");
   app.footer(
       "Example: sma-sim --slots 1-8 --beat 1 --for 10\n"
-      "Exit: 0 done and as expected, 1 an expectation failed or the run could not start,\n"
+      "Exit: 0 done and as expected, 1 an expectation failed, nobody answered or the run could not "
+      "start,\n"
       "2 wrong usage.");
 }
 
@@ -76,6 +78,11 @@ void stopOnSignals(sma::Fleet& fleet) {
   action.sa_handler = onSignal;
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
+}
+
+bool heardNothing(const std::vector<const sma::BladeAgent*>& blades) {
+  return std::all_of(blades.begin(), blades.end(),
+                     [](const sma::BladeAgent* blade) { return blade->counts().replies == 0; });
 }
 
 std::chrono::milliseconds toMilliseconds(double seconds) {
@@ -105,6 +112,10 @@ int simulate(const Options& options, const std::vector<std::uint32_t>& slots,
   result.elapsed = fleet.elapsed();
   result.commands = fleet.commands();
   result.failures = scenario.failures(result.blades);
+  if (heardNothing(result.blades)) {
+    result.failures.push_back("no blade got an answer from " + options.gateway +
+                              "; is a gateway running there?");
+  }
   if (options.json) {
     sma::printJson(std::cout, result);
   } else {
