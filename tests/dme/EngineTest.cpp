@@ -48,7 +48,7 @@ class Client {
   }
   /// Registers the blade until it is valid; the token that it is told.
   base::String admit(std::uint32_t slot) {
-    const base::String token = std::get<0>(call<ValidateBladeStateMe>({slot, "1.2", ""}).me->out);
+    base::String token = std::get<0>(call<ValidateBladeStateMe>({slot, "1.2", ""}).me->out);
     EXPECT_TRUE(std::get<1>(call<ValidateBladeStateMe>({slot, "1.2", token}).me->out));
     return token;
   }
