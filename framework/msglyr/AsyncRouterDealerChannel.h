@@ -14,8 +14,9 @@ inline constexpr role_t kRoleRequestWorker = 5;  // takes requests from a shared
 
 // A channel of request and reply over TCP.
 //
-// Role kRoleClient. setServerEndPoint connects (in the background) to one server; called again,
-// it leaves the former server first. A request is held back until the connection exists and is
+// Role kRoleClient. setServerEndPoint names one server; called again, it leaves the former server
+// first. The connection is made with the first request and given up after one that is not
+// answered, so a channel that is not used costs no descriptor. A request is held back until the connection exists and is
 // given up at the deadline: what was not on its way by then is never sent later, nor after the
 // channel was destroyed. The deadline is the receive time-out, counted from the start of send:
 // send(m) and then receive(m, 10000) end together within ten seconds. send returns the number of
@@ -40,7 +41,7 @@ class AsyncRouterDealerChannel : public MsgLyrChannel {
   AsyncRouterDealerChannel(const AsyncRouterDealerChannel&) = delete;
   AsyncRouterDealerChannel& operator=(const AsyncRouterDealerChannel&) = delete;
 
-  // Client: connects. Worker: binds as soon as the worker end point is known too.
+  // Client: names the server. Worker: binds as soon as the worker end point is known too.
   void setServerEndPoint(std::string endPoint);
 
   // Worker: names the group of workers that share the server end point. Client: no effect.

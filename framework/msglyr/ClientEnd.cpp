@@ -1,9 +1,11 @@
 #include "framework/msglyr/ClientEnd.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "framework/msglyr/CounterCells.h"
@@ -31,6 +33,35 @@ Socket makeDealer() {
   return socket;
 }
 
+bool isAlphanumeric(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0;
+}
+
+bool isHostStart(char c) {
+  return isAlphanumeric(c) || c == '[' || c == ':';
+}
+
+bool isHostCharacter(char c) {
+  return isAlphanumeric(c) || std::string_view(".-:%;[]_*").find(c) != std::string_view::npos;
+}
+
+// Refuses what the transport itself would refuse when it is told to connect: characters that no
+// address has, and a port that is none. Ports out of range and hosts that nobody knows pass there
+// too; requests to them time out.
+void checkTcpEndPoint(const std::string& endPoint) {
+  constexpr std::string_view kScheme = "tcp://";
+  const std::string_view text = endPoint;
+  const std::string_view address = text.substr(std::min(kScheme.size(), text.size()));
+  const std::size_t colon = address.rfind(':');
+  const bool isSound = text.starts_with(kScheme) && colon != std::string_view::npos &&
+                       colon + 1 < address.size() && std::isdigit(address[colon + 1]) != 0 &&
+                       isHostStart(address.front()) &&
+                       std::all_of(address.begin(), address.end(), isHostCharacter);
+  if (!isSound) {
+    throw TransportError("cannot connect to", endPoint, EINVAL);
+  }
+}
+
 MessageLimits limits() {
   const Bounds now = bounds();
   return {now.maxMessageBytes, now.maxParts};
@@ -42,9 +73,8 @@ void ClientEnd::connect(const std::string& endPoint) {
   waiting_.reset();
   sendBegan_.reset();
   socket_.reset();
-  Socket socket = makeDealer();
-  socket.connect(endPoint);
-  socket_.emplace(std::move(socket));
+  endPoint_.clear();
+  checkTcpEndPoint(endPoint);
   endPoint_ = endPoint;
 }
 
@@ -67,12 +97,21 @@ int ClientEnd::send(const Message& message) {
 }
 
 int ClientEnd::receive(Message& message, std::optional<std::chrono::milliseconds> timeout) {
-  const Socket& socket = connected();
   const Clock::time_point begin = std::exchange(sendBegan_, std::nullopt).value_or(Clock::now());
   std::optional<Clock::time_point> deadline;
   if (timeout) {
     deadline = begin + *timeout;
   }
+  const int count = await(message, deadline);
+  if (count <= 0) {
+    waiting_.reset();
+    socket_.reset();
+  }
+  return count;
+}
+
+int ClientEnd::await(Message& message, std::optional<Clock::time_point> deadline) {
+  const Socket& socket = connected();
   std::vector<std::string> parts;
   do {
     if (!sendWaiting()) {
@@ -93,13 +132,17 @@ int ClientEnd::receive(Message& message, std::optional<std::chrono::milliseconds
         break;
     }
   } while (waitUntil(deadline));
-  waiting_.reset();
   return 0;
 }
 
-const Socket& ClientEnd::connected() const {
-  if (!socket_) {
+const Socket& ClientEnd::connected() {
+  if (endPoint_.empty()) {
     throw std::logic_error("the channel has no server end point");
+  }
+  if (!socket_) {
+    Socket socket = makeDealer();
+    socket.connect(endPoint_);
+    socket_.emplace(std::move(socket));
   }
   return *socket_;
 }

@@ -40,11 +40,21 @@ std::uint32_t readNumber(const RequestTags& tags, const base::String& tag, int s
   return number;
 }
 
+/// Every heartbeat gets the same reply, so it is written once. Never freed: workers use it to the
+/// last.
+const Response& okReply() {
+  static const Response& reply = *[] {
+    auto made = std::make_unique<Response>();
+    MsgHandler::fillResponse(*made, words().heartbeatName, status::kSuccess, "OK");
+    return made.release();
+  }();
+  return reply;
+}
+
 }  // namespace
 
 Response* MsgHandler::AG_heartbeatReqCb(const std::string& messageId, const std::string& /*action*/,
                                         const std::string& document, int slot) {
-  auto response = std::make_unique<Response>();
   const RequestTags tags = readRequestTags(document, words().heartbeatName);
   const std::uint32_t count = readNumber(tags, names().count, slot);
   const std::uint32_t timer = readNumber(tags, names().timer, slot);
@@ -56,8 +66,7 @@ Response* MsgHandler::AG_heartbeatReqCb(const std::string& messageId, const std:
   Svc::invokeZanDmeServiceorchapiUpdateSmaHeartbeat(cookie, static_cast<unsigned int>(slot), count,
                                                     timer, false,
                                                     proc::Stimulus::Priority::kDefault);
-  fillResponse(*response, words().heartbeatName, status::kSuccess, "OK");
-  return response.release();
+  return new Response(okReply());
 }
 
 }  // namespace zan_serviceOrchAG

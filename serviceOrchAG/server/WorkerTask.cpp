@@ -1,7 +1,5 @@
 #include "serviceOrchAG/server/WorkerTask.h"
 
-#include <cxxabi.h>
-
 #include <array>
 #include <exception>
 #include <new>
@@ -126,6 +124,14 @@ void logStringException(const char* text) {
   logPrintf("run", serviceLevel(), 8, "%s : caught string exception: %s", "run", text);
 }
 
+/// To be called where every exception is caught. The end of a thread unwinds its stack without an
+/// exception object, and aborts the process if it is swallowed.
+void rethrowIfThreadEnds() {
+  if (std::current_exception() == nullptr) {
+    throw;
+  }
+}
+
 }  // namespace
 
 WorkerTask::WorkerTask(int number, bool left) : number_(number), left_(left) {
@@ -147,9 +153,8 @@ void WorkerTask::run() {
       logStringException(text.c_str());
     } catch (const char* text) {
       logStringException(text);
-    } catch (const abi::__forced_unwind&) {
-      throw;  // the thread is being ended; swallowing this would abort the process
     } catch (...) {
+      rethrowIfThreadEnds();
       logPrintf("run", serviceLevel(), 8, "%s : caught unknown exception", "run");
     }
   }
@@ -165,9 +170,8 @@ std::unique_ptr<msglyr::MsgLyrChannel> WorkerTask::openChannel() const {
       logSetUpFailure(text.c_str());
     } catch (const char* text) {
       logSetUpFailure(text);
-    } catch (const abi::__forced_unwind&) {
-      throw;
     } catch (...) {
+      rethrowIfThreadEnds();
       logSetUpFailure("unknown exception");
     }
     static_cast<void>(os::WaitableEvent().wait(kSetUpPauseMs));

@@ -4,12 +4,16 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
+#include <iterator>
+#include <memory>
 #include <thread>
 
 #include "framework/msglyr/AsyncRouterDealerChannel.h"
 #include "framework/msglyr/Counters.h"
 #include "framework/msglyr/FileDescriptor.h"
+#include "framework/msglyr/Socket.h"
 #include "tests/framework/msglyr/TestPeer.h"
 
 namespace msglyr::test {
@@ -222,6 +226,35 @@ TEST(UnreachableBlade, ChannelDestroyedMeanwhile_NothingIsDelivered) {
   EXPECT_EQ(blade.receive(milliseconds(300)), std::nullopt);
 }
 
+std::ptrdiff_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
+
+TEST(IdleChannels, ManyOfThem_CostNoDescriptorsBeforeAndAfterAFailedRequest) {
+  const std::string endPoint = vacantEndPoint();
+  { AsyncRouterDealerChannel warmUp("ZEDServiceOrchAGChannel", kRoleClient); }
+  TestPeer transportIsUp = TestPeer::listening();
+  const std::ptrdiff_t before = openDescriptors();
+  std::vector<std::unique_ptr<AsyncRouterDealerChannel>> channels;
+  for (int i = 0; i < 100; ++i) {
+    channels.push_back(
+        std::make_unique<AsyncRouterDealerChannel>("ZEDServiceOrchAGChannel", kRoleClient));
+    channels.back()->setServerEndPoint(endPoint);
+  }
+  EXPECT_EQ(openDescriptors(), before);
+  Message command(kCommand);
+  ASSERT_EQ(channels.front()->send("", &command), 5);
+  EXPECT_GT(openDescriptors(), before);
+  Message reply;
+  ASSERT_EQ(channels.front()->receive(nullptr, &reply, 20), 0);
+  const auto giveUp = Clock::now() + std::chrono::seconds(10);
+  while (openDescriptors() > before && Clock::now() < giveUp) {
+    std::this_thread::yield();  // the transport closes in the background
+  }
+  EXPECT_EQ(openDescriptors(), before);
+}
+
 TEST(ClientEndPoint, ImpossiblePortsAndUnknownHosts_DoNotThrow) {
   for (const char* endPoint : {"tcp://127.0.0.1:0", "tcp://127.0.0.1:70000",
                                "tcp://127.0.0.1:4294967295", "tcp://:5000"}) {
@@ -233,6 +266,35 @@ TEST(ClientEndPoint, ImpossiblePortsAndUnknownHosts_DoNotThrow) {
     EXPECT_EQ(channel.receive(nullptr, &reply, 20), 0) << endPoint;
   }
 }
+
+class MalformedEndPoint : public testing::TestWithParam<const char*> {};
+
+// The transport is asked too, so that the channel refuses what it refuses and nothing else.
+TEST_P(MalformedEndPoint, IsRefusedLikeByTheTransport) {
+  const std::string endPoint = GetParam();
+  const bool transportTakesIt = [&] {
+    Socket socket(ZMQ_DEALER);
+    return zmq_connect(socket.handle(), endPoint.c_str()) == 0;
+  }();
+  const bool channelTakesIt = [&] {
+    AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
+    try {
+      channel.setServerEndPoint(endPoint);
+    } catch (const std::runtime_error&) {
+      return false;
+    }
+    return true;
+  }();
+  EXPECT_EQ(channelTakesIt, transportTakesIt) << endPoint;
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, MalformedEndPoint,
+                         testing::Values("", "tcp://", "tcp:/127.0.0.1:1", "tcp://127.0.0.1",
+                                         "tcp://127.0.0.1:", "tcp://127.0.0.1:x", "tcp://a b:1",
+                                         "tcp://a\n:1", "tcp://a/b:1", "tcp://127.0.0.1:*",
+                                         "tcp://127.0.0.1:1", "tcp://-a:1", "tcp://.a:1",
+                                         "tcp://_a:1", "tcp://[::1]:5", "tcp://:5", "tcp://h:1x",
+                                         "tcp://h;g:1"));
 
 TEST(ClientEndPoint, IllegalHost_ThrowsNamingItAndLaterSendThrows) {
   AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);

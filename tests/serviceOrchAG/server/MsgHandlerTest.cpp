@@ -275,11 +275,12 @@ TEST(MsgHandlerInstance, ManyFirstCalls_MakeOneObject) {
 
 class MsgHandlerInit : public testing::Test {
  protected:
-  /// The workers of a handler never end, so it is left to them.
+  /// The workers of a handler never end, so it stays until the process does.
   static MsgHandler& start() {
-    MsgHandler& handler = *new MsgHandler;
-    handler.init();
-    return handler;
+    static auto& started = *new std::vector<std::unique_ptr<MsgHandler>>;
+    started.push_back(std::make_unique<MsgHandler>());
+    started.back()->init();
+    return *started.back();
   }
 
   ScriptedChannel channels_;
