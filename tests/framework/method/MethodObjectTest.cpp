@@ -17,7 +17,6 @@ namespace {
 using method::In;
 using method::MethodObject;
 using method::Out;
-using proc::Stimulus;
 
 class WeighMe : public MethodObject<WeighMe, In<std::uint32_t, base::String>, Out<std::uint64_t>> {
  public:

@@ -11,13 +11,12 @@ namespace {
 using method::In;
 using method::MethodObject;
 using method::Out;
-using proc::Stimulus;
 
 class WeighMe
     : public MethodObject<WeighMe, In<std::uint32_t, base::String>, Out<std::uint64_t, bool>> {
  public:
   static constexpr std::uint32_t kClassId = 9001;
-  static constexpr std::string_view kName = "test::Weigh";
+  [[maybe_unused]] static constexpr std::string_view kName = "test::Weigh";
   static constexpr std::uint32_t kIntent = kIntentNone;
   static constexpr std::uint32_t kBulk = kBulkSet;
 };
@@ -26,7 +25,7 @@ class OtherMe
     : public MethodObject<OtherMe, In<std::uint32_t, base::String>, Out<std::uint64_t, bool>> {
  public:
   static constexpr std::uint32_t kClassId = 9002;
-  static constexpr std::string_view kName = "test::Other";
+  [[maybe_unused]] static constexpr std::string_view kName = "test::Other";
   static constexpr std::uint32_t kIntent = kIntentNone;
   static constexpr std::uint32_t kBulk = kNoBulk;
 };
