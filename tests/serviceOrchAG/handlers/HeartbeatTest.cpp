@@ -21,7 +21,6 @@ using test_support::LogLine;
 using test_support::RecordingSvc;
 using test_support::ReplyDocument;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Pair;
 
 class Heartbeat : public testing::Test {

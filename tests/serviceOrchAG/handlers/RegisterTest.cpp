@@ -442,7 +442,7 @@ TEST_P(MissingRequired, Tag_EndsTheRequestBeforeTheEngineIsAsked) {
   std::string tags;
   for (const std::string tag : {"bladeSlotId", "ip", "port"}) {
     if (tag != GetParam()) {
-      tags += "<" + tag + ">1</" + tag + ">";
+      tags.append("<").append(tag).append(">1</").append(tag).append(">");
     }
   }
   const auto response = handle(requestOf(tags));

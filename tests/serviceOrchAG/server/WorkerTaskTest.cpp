@@ -454,12 +454,13 @@ TEST_F(WorkerTaskTest, SubjectOfAMegabyteOfPoints_IsAnswered) {
 }
 
 TEST_F(WorkerTaskTest, HandlerWithoutAResponse_IsFollowedByNothing) {
-  channels_.onReceive(Parts{"serviceOrchAG.commandProgress.update", "nox-xml:1", "id-1",
-                            "sma_slot3",
-                            "<commandProgressUpdateRequest><appInstanceId>-1</appInstanceId>"
-                            "<operCmd>formatDisk</operCmd><operProgress>1</operProgress>"
-                            "<operStatus>running</operStatus><code>102</code><ack>no</ack>"
-                            "</commandProgressUpdateRequest>"});
+  const std::string progress =
+      "<commandProgressUpdateRequest><appInstanceId>-1</appInstanceId>"
+      "<operCmd>formatDisk</operCmd><operProgress>1</operProgress>"
+      "<operStatus>running</operStatus><code>102</code><ack>no</ack>"
+      "</commandProgressUpdateRequest>";
+  channels_.onReceive(
+      Parts{"serviceOrchAG.commandProgress.update", "nox-xml:1", "id-1", "sma_slot3", progress});
   serve();
   expectDropped();
   for (const LogLine& line : requestLines()) {
@@ -516,7 +517,7 @@ TEST_P(Exceptions, FromReceive_AreLoggedAndTheWorkerReceivesAgain) {
 }
 
 TEST_P(Exceptions, FromSend_AreLoggedAndTheWorkerReceivesAgain) {
-  channels_.onSend([this](const msglyr::Message&) {
+  channels_.onSend([](const msglyr::Message&) {
     msglyr::Message unused;
     return GetParam().action(unused);
   });
@@ -528,7 +529,7 @@ TEST_P(Exceptions, FromSend_AreLoggedAndTheWorkerReceivesAgain) {
 }
 
 TEST_P(Exceptions, FromAHandler_DropTheRequest) {
-  svc_.onSend([this](const RecordingSvc::Sent&) {
+  svc_.onSend([](const RecordingSvc::Sent&) {
     msglyr::Message unused;
     GetParam().action(unused);
   });
