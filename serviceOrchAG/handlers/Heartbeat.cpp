@@ -1,3 +1,5 @@
+#include "serviceOrchAG/server/MsgHandler.h"
+
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -8,7 +10,6 @@
 #include "framework/core_utils/Numbers.h"
 #include "serviceOrchAG/bridge/Response.h"
 #include "serviceOrchAG/handlers/RequestDocument.h"
-#include "serviceOrchAG/server/MsgHandler.h"
 #include "serviceOrchAG/server/StatusCodes.h"
 #include "serviceOrchAG/svc/Svc.h"
 #include "serviceOrchAG/svc/Vocabulary.h"

@@ -1,3 +1,5 @@
+#include "serviceOrchAG/server/MsgHandler.h"
+
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -14,7 +16,6 @@
 #include "serviceOrchAG/bridge/ResponseSync.h"
 #include "serviceOrchAG/handlers/RequestDocument.h"
 #include "serviceOrchAG/handlers/SlotIdentity.h"
-#include "serviceOrchAG/server/MsgHandler.h"
 #include "serviceOrchAG/server/StatusCodes.h"
 #include "serviceOrchAG/svc/Svc.h"
 #include "serviceOrchAG/svc/Vocabulary.h"

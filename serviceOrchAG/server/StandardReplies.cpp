@@ -1,10 +1,11 @@
+#include "serviceOrchAG/server/MsgHandler.h"
+
 #include <memory>
 
 #include "framework/core_log/Log.h"
 #include "framework/noxxml/AgFactory.h"
 #include "framework/noxxml/XMLConverter.h"
 #include "serviceOrchAG/server/Envelope.h"
-#include "serviceOrchAG/server/MsgHandler.h"
 #include "serviceOrchAG/server/StatusCodes.h"
 #include "serviceOrchAG/svc/Vocabulary.h"
 

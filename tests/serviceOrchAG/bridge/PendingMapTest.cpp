@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "framework/mo/Mo.h"
 #include "framework/noxxml/AgFactory.h"
 #include "serviceOrchAG/bridge/Response.h"
 #include "serviceOrchAG/bridge/ResponseSync.h"
@@ -59,6 +60,30 @@ TEST(ResponseSync, New_HoldsNothingButItsResponseAndAFactory) {
 TEST(ResponseSync, NewEvent_IsNotSet) {
   ResponseSync waiter(nullptr);
   EXPECT_EQ(1U, waiter.event.wait(0));
+}
+
+TEST(ResponseSync, AttachedObject_IsFreedWithIt) {
+  class Attached : public mo::Mo {
+   public:
+    explicit Attached(bool& freed) : Mo(1, mo::Dn()), freed_(freed) {}
+    ~Attached() override { freed_ = true; }
+
+   private:
+    bool& freed_;
+  };
+  bool freed = false;
+  {
+    ResponseSync waiter(nullptr);
+    waiter.config = new Attached(freed);
+  }
+  EXPECT_TRUE(freed);
+}
+
+TEST(ResponseSync, ResponseOfTheRequest_IsNotFreedWithIt) {
+  auto response = std::make_unique<Response>();
+  response->status = 506;
+  { const ResponseSync waiter(response.get()); }
+  EXPECT_EQ(506U, response->status);
 }
 
 class PendingMap : public testing::Test {

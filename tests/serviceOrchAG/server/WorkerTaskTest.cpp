@@ -120,6 +120,7 @@ TEST_F(WorkerTaskTest, New_LogsItsSideAndNumber) {
 
 TEST_F(WorkerTaskTest, AsATask_CarriesNothingAndIsNotCopied) {
   WorkerTask task(1, true);
+  EXPECT_EQ(-1, task.id());
   EXPECT_EQ(nullptr, task.clone());
   EXPECT_EQ(nullptr, task.getPayload());
   int payload = 0;
