@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "model/serviceorchapi/Methods.h"
 #include "serviceOrchAG/bridge/Response.h"
@@ -51,10 +52,17 @@ TEST_F(Heartbeat, Counters_ReachTheEngineWithoutAWait) {
   EXPECT_THAT(svc_.calls<UpdateSmaHeartbeatMe>(), ElementsAre(std::tuple(3U, 7U, 30U)));
   ASSERT_EQ(1U, svc_.sent().size());
   EXPECT_FALSE(svc_.sent()[0].responseRequired);
-  EXPECT_EQ(proc::Stimulus::Priority::kDefault, svc_.sent()[0].priority);
+  EXPECT_EQ(4, static_cast<int>(svc_.sent()[0].priority));
   EXPECT_FALSE(svc_.sent()[0].cookie.empty());
   EXPECT_EQ(0U, handler_.knownCookies());
   EXPECT_THAT(log_.lines(), ElementsAre(kTriggering));
+}
+
+TEST_F(Heartbeat, Call_IsAnnouncedBeforeItIsMade) {
+  std::vector<LogLine> announced;
+  svc_.onSend([&](const RecordingSvc::Sent&) { announced = log_.lines(); });
+  handle("<heartbeatRequest><count>7</count><timer>30</timer></heartbeatRequest>");
+  EXPECT_THAT(announced, ElementsAre(kTriggering));
 }
 
 TEST_F(Heartbeat, EachCall_HasItsOwnCookie) {
@@ -116,6 +124,16 @@ INSTANTIATE_TEST_SUITE_P(All, NoCounters,
                                          NoCounter{"4294967296", "4294967296"},
                                          NoCounter{"0x10", "0x10"}, NoCounter{"%s%n", "%s%n"},
                                          NoCounter{"a&#10;b", "a\\x0Ab"}));
+
+TEST_F(Heartbeat, NeitherIsANumber_BothAreLoggedInOrder) {
+  handle("<heartbeatRequest><timer>y</timer><count>x</count></heartbeatRequest>", -7);
+  EXPECT_THAT(svc_.calls<UpdateSmaHeartbeatMe>(), ElementsAre(std::tuple(4294967289U, 0U, 0U)));
+  ASSERT_EQ(3U, log_.lines().size());
+  EXPECT_THAT(log_.lines()[0].text,
+              testing::StartsWith("Heartbeat exception caught for slot[-7]: count[x] : "));
+  EXPECT_THAT(log_.lines()[1].text,
+              testing::StartsWith("Heartbeat exception caught for slot[-7]: timer[y] : "));
+}
 
 TEST_F(Heartbeat, LargestNumbers_AreSentAsTheyAre) {
   handle("<heartbeatRequest><count>4294967295</count><timer>4294967295</timer></heartbeatRequest>",

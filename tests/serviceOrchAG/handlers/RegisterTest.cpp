@@ -179,6 +179,34 @@ TEST_F(Register, ValidBlade_LogsItsWay) {
                   "Triggering OsControllerVersion method for slot : 3, Message ID : id-1"}));
 }
 
+TEST_F(Register, Calls_AreAnnouncedAndMadeInOrder) {
+  std::vector<std::string> lastLines;
+  svc_.onSend([&](const RecordingSvc::Sent& call) {
+    lastLines.push_back(log_.lines().back().text);
+    if (call.classId == ValidateBladeStateMe::kClassId) {
+      EXPECT_EQ(1U, handler_.waitingCookies()) << "the answer may come at once";
+      signal(call.cookie, true, false, "t");
+    } else {
+      EXPECT_EQ(0U, handler_.waitingCookies());
+      EXPECT_FALSE(is_bladeRegistered("3")) << "the engine is told before the client is made";
+    }
+  });
+  expectReply(handle(kFull), 100, "OK", "t");
+  EXPECT_THAT(lastLines,
+              ElementsAre("Triggering ValidateBladeState method for slot : 3, Message ID : id-1",
+                          "Triggering OsControllerVersion method for slot : 3, Message ID : id-1"));
+}
+
+TEST_F(Register, Verdicts_AreNoErrorsInTheLog) {
+  for (const auto& [isValid, shouldRetry] : {std::pair(false, true), std::pair(false, false)}) {
+    answer(isValid, shouldRetry, "t");
+    handle(kFull);
+  }
+  for (const LogLine& line : log_.lines()) {
+    EXPECT_LT(line.level, 6) << line.text;
+  }
+}
+
 TEST_F(Register, ValidBladeKnownAsInvalid_KeepsItsClientAndBecomesValid) {
   createSMAClient("3", "10.9.9.9", "1", false);
   expectReply(handle(kFull), 100, "OK", "engine's token");
@@ -274,7 +302,7 @@ TEST_F(Register, Validation_CarriesSlotRunningVersionAndToken) {
               ElementsAre(std::tuple(3U, base::String("1.1"), base::String("mine"))));
   const auto call = svc_.sent(ValidateBladeStateMe::kClassId).at(0);
   EXPECT_TRUE(call.responseRequired);
-  EXPECT_EQ(proc::Stimulus::Priority::kDefault, call.priority);
+  EXPECT_EQ(4, static_cast<int>(call.priority));
 }
 
 TEST_F(Register, Images_AreReportedWithoutAWait) {
@@ -283,7 +311,7 @@ TEST_F(Register, Images_AreReportedWithoutAWait) {
               ElementsAre(imagesOf(3, "1.1", "r.img", 11, "2.2", "c.img", true)));
   const auto call = svc_.sent(OsControllerVersionMe::kClassId).at(0);
   EXPECT_FALSE(call.responseRequired);
-  EXPECT_EQ(proc::Stimulus::Priority::kDefault, call.priority);
+  EXPECT_EQ(4, static_cast<int>(call.priority));
   EXPECT_NE(svc_.sent()[0].cookie, svc_.sent()[1].cookie);
   EXPECT_EQ(1U, handler_.knownCookies()) << "only the validation is waited for";
 }
@@ -476,6 +504,21 @@ TEST_F(Register, NoDocument_LacksItsFirstTag) {
                 ElementsAre(Pair("code", "505"),
                             Pair("message", "No <bladeSlotId> tag found in the register request")));
   }
+}
+
+TEST_F(Register, TagTwice_TheLastCounts) {
+  handle(requestOf("<bladeSlotId>2</bladeSlotId>" + kAddress));
+  EXPECT_TRUE(is_bladeRegistered("3"));
+  EXPECT_FALSE(is_bladeRegistered("2"));
+}
+
+TEST_F(Register, BlanksAroundTheAddress_AreTrimmed) {
+  handle(
+      requestOf("<bladeSlotId> 3 </bladeSlotId><ip>\n10.0.0.3\t</ip><port> 5560 </port>"
+                "<token> mine </token>"));
+  EXPECT_EQ("server tcp://10.0.0.3:5560", channels_.events().back());
+  EXPECT_THAT(svc_.calls<ValidateBladeStateMe>(),
+              ElementsAre(std::tuple(3U, base::String(""), base::String("mine"))));
 }
 
 TEST_F(Register, SlotInAGroup_IsNoSlot) {

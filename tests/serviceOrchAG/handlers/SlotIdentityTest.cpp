@@ -98,6 +98,11 @@ INSTANTIATE_TEST_SUITE_P(All, NoSlotNumbers,
                          testing::Values("", "X", "3abc", " 3", "3 ", "0x3", "3.0", "2147483648",
                                          "-2147483649", "--3", "+", "99999999999999999999"));
 
+TEST(GetIdentitySlotId, NulBehindTheNumber_IsRefused) {
+  LogCapture log;
+  EXPECT_EQ("invalid slot Id conversion", refusalOf(std::string("sma_slot3\0", 10)));
+}
+
 TEST(GetIdentitySlotId, MegabyteIdentity_IsRefused) {
   LogCapture log;
   EXPECT_EQ("invalid client identity", refusalOf(std::string(1024 * 1024, 'x')));

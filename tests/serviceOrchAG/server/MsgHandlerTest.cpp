@@ -96,6 +96,18 @@ TEST_F(Dispatch, UnknownCommandOfAnUnregisteredSlot_IsAnsweredInvalidCommand) {
                           "sma_slot3, Message : <x/> "}));
 }
 
+TEST_F(Dispatch, UnknownAction_IsLoggedWithCommandActionAndKey) {
+  expectReply(handle("heartbeat", "get", "<x/>"), 500, "heartbeatResponse", "Invalid Command");
+  EXPECT_THAT(log_.lines(),
+              ElementsAre(LogLine{4, "handleCb",
+                                  "Handling SMA request cmd : heartbeat, action :  get, key : "
+                                  "heartbeat.get, message ID : id-1, client identity : sma_slot3, "
+                                  "Message : <x/> "},
+                          LogLine{6, "handleCb",
+                                  "Received unknown cmd : heartbeat , message ID : id-1 , client "
+                                  "identity : sma_slot3, Message : <x/> "}));
+}
+
 struct UnknownKey {
   const char* command;
   const char* action;
@@ -291,7 +303,7 @@ TEST_F(MsgHandlerInit, FiveWorkers_ServeAtTheLeftEndPoint) {
   const Configured self({"supervisor.self_id=1"});
   const MsgHandler& handler = start();
   ASSERT_TRUE(channels_.waitForIdleWorkers(5));
-  EXPECT_EQ(5U, handler.taskIds().size());
+  EXPECT_THAT(handler.taskIds(), ElementsAre(1, 2, 3, 4, 5));
   EXPECT_EQ(5U, channels_.alive());
   EXPECT_TRUE(log_.contains(5, "serviceAG MsgHandler callbacks registered"));
   for (int number = 0; number < 5; ++number) {

@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <stdexcept>
@@ -13,6 +17,7 @@
 #include <thread>
 #include <vector>
 
+#include "framework/os/Clock.h"
 #include "serviceOrchAG/bridge/ClientMap.h"
 #include "serviceOrchAG/server/MsgHandler.h"
 #include "tests/support/LogCapture.h"
@@ -62,6 +67,20 @@ class RunningWorker {
   std::thread thread_;
 };
 
+/// Ends every wait for a deadline at once and counts them.
+class PauseCounter final : public os::Clock {
+ public:
+  TimePoint now() const override { return TimePoint(); }
+
+  bool waitUntil(std::condition_variable& /*condition*/, std::unique_lock<std::mutex>& /*lock*/,
+                 TimePoint /*deadline*/, const std::function<bool()>& predicate) override {
+    ++pauses;
+    return predicate();
+  }
+
+  std::atomic<int> pauses = 0;
+};
+
 class WorkerTaskTest : public testing::Test {
  protected:
   WorkerTaskTest() : previous_(MsgHandler::instance.exchange(&handler_)) {
@@ -91,6 +110,17 @@ class WorkerTaskTest : public testing::Test {
     const auto second = std::find(first + 1, lines.end(), waiting);
     EXPECT_NE(lines.end(), second) << "the worker did not come back";
     return {first + 1, second};
+  }
+
+  /// As serve, and returns how often the worker paused on its way.
+  int serveCountingPauses() {
+    // Never freed: a thread may be about to wait on it.
+    static PauseCounter& clock = *new PauseCounter;
+    clock.pauses = 0;
+    os::Clock* const previous = os::Clock::install(&clock);
+    serve();
+    os::Clock::install(previous);
+    return clock.pauses;
   }
 
   std::size_t waits() const {
@@ -343,6 +373,32 @@ TEST_F(WorkerTaskTest, NulInTheParts_IsKept) {
   EXPECT_EQ(std::string("a\0b", 3), channels_.sent()[0].parts[2]);
 }
 
+TEST_F(WorkerTaskTest, NulInTheSubject_EndsTheAddressOnly) {
+  const std::string subject("serviceOrchAG.heart\0beat", 24);
+  channels_.onReceive(heartbeat(subject));
+  serve();
+  ASSERT_EQ(1U, channels_.sent().size());
+  EXPECT_EQ("sma_slot3.heart", channels_.sent()[0].address);
+  EXPECT_EQ(std::string("sma_slot3.heart\0beat", 20), channels_.sent()[0].parts[0]);
+  EXPECT_EQ("500", channels_.sent()[0].parts[3]);
+  EXPECT_EQ("", channels_.sent()[0].parts[4]);
+}
+
+TEST_F(WorkerTaskTest, FormatSpecifiersInEveryPart_AreTextOnly) {
+  channels_.onReceive(Parts{"serviceOrchAG.%s.%n", "nox-xml:1", "%d", "sma_slot3", "%100000c"});
+  serve();
+  EXPECT_TRUE(log_.contains(1,
+                            "Calling handleCb with identity: serviceOrchAG, cmd: %s, action: %n, "
+                            "Message Id: %d, client identity: sma_slot3"));
+  EXPECT_TRUE(log_.contains(4,
+                            "Handling SMA request cmd : %s, action :  %n, key : %s.%n, message ID "
+                            ": %d, client identity : sma_slot3, Message : %100000c "));
+  EXPECT_TRUE(log_.contains(1,
+                            "Built serviceAG reply for SMA request with subject : sma_slot3.%s.%n, "
+                            "Command : sma_slot3.%s.%n, Content-type : nox-xml:1, Status Code : "
+                            "500, Message ID : %d,  Message :  "));
+}
+
 // ----- Content type -----------------------------------------------------------------------------
 
 class WrongContentTypes : public WorkerTaskTest, public testing::WithParamInterface<std::string> {};
@@ -476,7 +532,7 @@ TEST_F(WorkerTaskTest, SendFails_IsLoggedOnceAndTheNextRequestIsServed) {
   channels_.onSend([](const msglyr::Message&) { return -1; });
   channels_.onReceive(heartbeat());
   channels_.onReceive(heartbeat());
-  serve();
+  EXPECT_EQ(0, serveCountingPauses());
   EXPECT_EQ(1U, log_.count(6, "messaging layer send() failed, rc = -1, Message Id = id-1"));
   EXPECT_EQ(1U, log_.count(1,
                            "Reply sent from serviceAG to SMA with subject : sma_slot3.heartbeat, "
@@ -512,7 +568,7 @@ class Exceptions : public WorkerTaskTest, public testing::WithParamInterface<Thr
 TEST_P(Exceptions, FromReceive_AreLoggedAndTheWorkerReceivesAgain) {
   channels_.onReceive(GetParam().action);
   channels_.onReceive(heartbeat());
-  serve();
+  EXPECT_EQ(0, serveCountingPauses());
   EXPECT_THAT(requestLines(), ElementsAre(LogLine{8, "run", GetParam().line}));
   EXPECT_EQ(1U, channels_.sent().size()) << "the next request is served";
 }
