@@ -20,8 +20,6 @@ class WeighMe
  public:
   static constexpr std::uint32_t kClassId = 9001;
   static constexpr std::string_view kName = "test::Weigh";
-  static constexpr std::uint32_t kIntent = kIntentNone;
-  static constexpr std::uint32_t kBulk = kBulkSet;
 };
 
 TEST(MetaDescribe, Method_IsDescribedByItsClass) {
