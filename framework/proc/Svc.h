@@ -77,7 +77,7 @@ class Svc {
   /// Calls the callbacks of one stimulus on the calling thread. False when the stimulus was refused
   /// or its method failed. A call that requires a response is answered whatever happens: a class
   /// without a handler, arguments that do not decode and an exception are answered as failures,
-  /// logged and counted. Throws nothing.
+  /// logged and counted. What callbacks throw does not leave it.
   bool handle(const unsigned char* bytes, std::size_t size);
   Refused refused() const;
 
