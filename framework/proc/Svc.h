@@ -47,13 +47,16 @@ class Svc {
   };
 
   explicit Svc(std::uint32_t serviceId);
-  virtual ~Svc();
   Svc(const Svc&) = delete;
   Svc& operator=(const Svc&) = delete;
+
+  // The virtual operations keep their order: a service library that was built apart calls and
+  // overrides them by their places in the table.
 
   /// Takes one arriving stimulus, copying it, and queues it for handle(); handles it on the calling
   /// thread while there is no queue. Called on the link's thread; does not block then.
   virtual void operator()(const unsigned char* bytes, std::size_t size);
+  virtual ~Svc();
   /// Delivers a stimulus to the management engine and takes it over. Never blocks. One that
   /// requires a response goes at once; others leave within about a millisecond, in order. When the
   /// link's queue is full the stimulus is dropped and counted.
@@ -93,6 +96,7 @@ class Svc {
   /// Where the channel to the engine is entered, under kEngineChannel; null for nowhere. Borrowed;
   /// to be set before initChannels().
   void setChannelBank(net::ChannelBank* bank) { bank_ = bank; }
+  net::ChannelBank* channelBank() const { return bank_; }
   static constexpr const char* kEngineChannel = "dme";
 
   /// 0 created, 1 queue at work, 2 queue and pool at work.

@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -9,22 +11,28 @@
 #include <vector>
 
 #include "framework/agboot/AgBootstrap.h"
+#include "framework/filter/Filter.h"
 #include "framework/meta/Autoconfig.h"
 #include "framework/meta/Class.h"
 #include "framework/meta/Method.h"
 #include "framework/method/Wire.h"
 #include "framework/mo/Mit.h"
 #include "framework/mo/StimuliHelper.h"
+#include "framework/mo/TreeInitializer.h"
+#include "framework/net/ChannelBank.h"
 #include "framework/proc/EngineLink.h"
 #include "framework/proc/InitStimulus.h"
 #include "framework/proc/MethodTable.h"
 #include "framework/proc/StateRequest.h"
+#include "framework/utils/TzTimer.h"
 #include "model/agboot/Methods.h"
 #include "model/dmeapi/Methods.h"
 #include "serviceOrchAG/svc/Registration.h"
 #include "serviceOrchAG/svc/Svc.h"
 #include "tests/support/Configured.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingSvc.h"
 #include "tests/support/ScriptedChannel.h"
 
 namespace zan_serviceOrchAG {
@@ -44,6 +52,31 @@ std::vector<std::string> linesOf(const LogCapture& log, const std::string& funct
   }
   return texts;
 }
+
+#if defined(__x86_64__)
+/// The place of a virtual operation in its class's table: a pointer to one is its offset, plus one.
+template <class Operation>
+std::size_t placeOf(Operation operation) {
+  std::uintptr_t word = 0;
+  static_assert(sizeof(operation) >= sizeof(word));
+  std::memcpy(&word, &operation, sizeof(word));
+  return (word - 1) / sizeof(void*);
+}
+
+TEST(Svc, VirtualOperations_HaveTheirPlaces) {
+  EXPECT_EQ(placeOf(&proc::Svc::operator()), 0U);
+  // The two destructors are 1 and 2.
+  EXPECT_EQ(placeOf(&proc::Svc::send), 3U);
+  EXPECT_EQ(placeOf(&proc::Svc::txSend), 4U);
+  EXPECT_EQ(placeOf(&Svc::procBeginCb), 5U);
+  EXPECT_EQ(placeOf(&Svc::procEndCb), 6U);
+  EXPECT_EQ(placeOf(&Svc::optionalPause), 7U);
+  EXPECT_EQ(placeOf(&Svc::initSvcCb), 8U);
+  EXPECT_EQ(placeOf(&Svc::invokeCallHome), 9U);
+  EXPECT_EQ(placeOf(&Svc::sendSyslogMessage), 10U);
+  EXPECT_EQ(placeOf(&Svc::invokeSendSnmpNotification), 11U);
+}
+#endif
 
 // Start-up happens once in a process, so what follows from it is looked at in one test.
 TEST(SvcInit, CalledTwiceAtOnceAndOnceMore_StartsTheServiceOnce) {
@@ -68,9 +101,12 @@ TEST(SvcInit, CalledTwiceAtOnceAndOnceMore_StartsTheServiceOnce) {
   EXPECT_EQ(service->activationState(), 2);
   EXPECT_NE(service->reactiveQueue(), nullptr);
   EXPECT_NE(service->threadPool(), nullptr);
-  EXPECT_NE(service->bootstrapCb(), nullptr);
+  EXPECT_EQ(service->bootstrapCb(), &agboot::AgBootstrap::bootstrapCb);
   EXPECT_NE(mo::Mit::instance(), nullptr);
   EXPECT_NE(mo::StimuliHelper::INSTANCE, nullptr);
+  EXPECT_NE(mo::TreeInitializer::INSTANCE, nullptr);
+  EXPECT_NE(filter::Filter::create("set", 1, {}), nullptr);
+  EXPECT_NE(utils::TzTimer::getInstance().zone(), "");
   EXPECT_EQ(meta::Method::all().size(), 27U);
   EXPECT_FALSE(meta::Class::all().empty());
   EXPECT_EQ(proc::MethodTable::instance().size(), 27U);
@@ -111,15 +147,27 @@ TEST(SvcMain, ChannelsComeUp_ReturnsAndLogsBothLines) {
 }
 
 // The timer, once there, stays for the life of the process.
-TEST(LogControlRefresh, Interval_IsKeptUnlessItIsZero) {
+TEST(LogControlRefresh, Interval_IsKeptUnlessItIsZeroAndAppliesAtOnce) {
+  using std::chrono::milliseconds;
+  const test_support::RecordingSvc service;
+  test_support::ManualClock clock;
   Svc::setLogControlRefreshInterval(0);
   EXPECT_EQ(Svc::getLogControlRefreshInterval(), 0U);
   Svc::setLogControlRefreshInterval(120000);
   EXPECT_EQ(Svc::getLogControlRefreshInterval(), 120000U);
+  EXPECT_TRUE(clock.waitForDeadline(milliseconds(120000)));
   Svc::setLogControlRefreshInterval(0);
   EXPECT_EQ(Svc::getLogControlRefreshInterval(), 120000U);
   Svc::setLogControlRefreshInterval(90000);
   EXPECT_EQ(Svc::getLogControlRefreshInterval(), 90000U);
+  ASSERT_TRUE(clock.waitForDeadline(milliseconds(90000)));
+  EXPECT_TRUE(service.sent().empty());
+  clock.advance(milliseconds(90000));
+  EXPECT_TRUE(service.waitForSent(1));
+  EXPECT_EQ(service.sent(502).size(), 1U);
+  // The next tick is ten minutes off: none may come once the two stand-ins are gone.
+  Svc::setLogControlRefreshInterval(600000);
+  EXPECT_TRUE(clock.waitForDeadline(milliseconds(600000)));
 }
 
 /// The other end of the service's link: keeps what arrives and answers when it is told to.
@@ -194,6 +242,10 @@ TEST(SvcInitSvc, EngineIsThere_IsAskedForTheStateAndThenForTheBootstrap) {
   engine.send(method::encodeCall(up));
   Svc::mainCb();
   EXPECT_EQ(proc::StateRequest::get().state().clusterId, 7U);
+  ASSERT_NE(proc::Svc::instance->channelBank(), nullptr);
+  const auto channel = proc::Svc::instance->channelBank()->find("dme");
+  ASSERT_TRUE(channel.has_value());
+  EXPECT_EQ(channel->endPoint, "inproc://engine-of-start-up-test");
   engine.send(method::encodeAnswer(*bootstrap, {}));
   EXPECT_NE(engine.firstCall<agboot::BootstrapDoneMe>(), nullptr);
 }
