@@ -230,6 +230,8 @@ TEST_F(DmeResponses, AnswersWhileWaitersComeAndGo_NeverTouchAWaiterThatIsGone) {
     if (waiter.isWoken()) {
       EXPECT_EQ(waiter.sync.token, "a token that is on the heap");
     }
+    pending.withdraw();
+    EXPECT_EQ(waiter.isWoken(), !waiter.sync.token.empty()) << "a callback went on after that";
   }
   engine.join();
   EXPECT_EQ(handler_.knownCookies(), 1U);
@@ -273,8 +275,26 @@ TEST_F(DmeResponses, AnswersThatAreNotUsed_LeaveEverythingAsItIs) {
   Answer<serviceorchapi::ValidateAppInstancesMe> apps("c");
   Svc::successRspServiceorchapiValidateAppInstancesCb(apps.me);
   Svc::failedRspServiceorchapiValidateAppInstancesCb(apps.me, 1, "text");
+  Answer<serviceorchapi::UpdateDiskFormatStatusMe> format("c");
+  Svc::successRspServiceorchapiUpdateDiskFormatStatusCb(format.me);
+  Svc::failedRspServiceorchapiUpdateDiskFormatStatusCb(format.me, 1, "text");
+  Answer<serviceorchapi::UpdateProgressMe> progress("c");
+  Svc::successRspServiceorchapiUpdateProgressCb(progress.me);
+  Svc::failedRspServiceorchapiUpdateProgressCb(progress.me, 1, "text");
+  Answer<serverapi::OsControllerUpgradeProgressMe> upgrade("c");
+  Svc::successRspServerapiOsControllerUpgradeProgressCb(upgrade.me);
+  Svc::failedRspServerapiOsControllerUpgradeProgressCb(upgrade.me, 1, "text");
+  Answer<dmeapi::ClusterStateRequestMe> request("c");
+  Svc::successRspDmeapiClusterStateRequestCb(request.me);
+  Svc::failedRspDmeapiClusterStateRequestCb(request.me, 1, "text");
+  Answer<dmeapi::ClusterStateMe> state("c");
+  Svc::formatSuccessRspDmeapiClusterStateCb(state.me);
+  Svc::formatFailedRspDmeapiClusterStateCb(state.me);
   Answer<agboot::BootstrapMe> bootstrap("c");
   Svc::failedRspAgbootBootstrapCb(bootstrap.me, 1, "text");
+  Answer<agboot::BootstrapDoneMe> done("c");
+  Svc::successRspAgbootBootstrapDoneCb(done.me);
+  Svc::failedRspAgbootBootstrapDoneCb(done.me, 1, "text");
   EXPECT_FALSE(waiter.isWoken());
   EXPECT_TRUE(log_.lines().empty());
   EXPECT_EQ(handler_.knownCookies(), 1U);

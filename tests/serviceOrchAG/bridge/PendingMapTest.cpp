@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -246,6 +247,30 @@ TEST_F(PendingMap, CallbackWaitsForAnotherCallback_GetsTheWaiterAfterIt) {
   first->lock.unlock();
   second.join();
   EXPECT_EQ("second", waiter->token);
+  pending_.rmResp(cookieOf("a"));
+}
+
+TEST_F(PendingMap, CallbackHasFoundTheWaiterButNotItsLock_NobodyGetsPastIt) {
+  const auto waiter = makeWaiter("a");
+  pending_.fileResp(*waiter);
+  ResponseSync* const first = pending_.lockPending(cookieOf("a"));
+  std::thread second([this] { answer(pending_, cookieOf("a"), true); });
+  while (waiter->lock.waiterCount() == 0) {
+    std::this_thread::yield();
+  }
+  // A withdrawal that came through here could be followed by the end of the waiter.
+  std::atomic<bool> isThrough = false;
+  std::thread third([&] {
+    pending_.knownCookies();
+    isThrough = true;
+  });
+  for (int i = 0; i < 10000 && !isThrough; ++i) {
+    std::this_thread::yield();
+  }
+  EXPECT_FALSE(isThrough);
+  first->lock.unlock();
+  second.join();
+  third.join();
   pending_.rmResp(cookieOf("a"));
 }
 

@@ -403,12 +403,12 @@ TEST_F(SMAClientTest, LargestPort_IsWrittenUnsignedOnTheWayAndAsIntInTheLog) {
 /// An exchange that the test ends.
 class HeldExchange {
  public:
-  explicit HeldExchange(ScriptedChannel& channels) {
-    channels.onReceive([this](msglyr::Message& message) {
+  explicit HeldExchange(ScriptedChannel& channels, int result = 5) {
+    channels.onReceive([this, result](msglyr::Message& message) {
       begun_.set_value();
       end_.get_future().wait();
       message.parts() = kAnswer;
-      return 5;
+      return result;
     });
   }
   void waitUntilBegun() { begun_.get_future().wait(); }
@@ -438,6 +438,23 @@ TEST_F(SMAClientTest, RemovedDuringAnExchange_TheClientLivesUntilItsEnd) {
   EXPECT_TRUE(removal.get());
   EXPECT_EQ(0U, channels_.alive());
   EXPECT_EQ(580U, sendMsg("3", "<a/>", "stopApp"));
+}
+
+TEST_F(SMAClientTest, RemovedDuringAFailingExchange_TheChannelIsReplacedFirst) {
+  registerBlade("3");
+  HeldExchange exchange(channels_, 0);
+  auto command = std::async(std::launch::async, [] { return sendMsg("3", "<a/>", "stopApp"); });
+  exchange.waitUntilBegun();
+  auto removal = std::async(std::launch::async, [] { return removeBladeMapEntry("3"); });
+  waitForWaiters(1);
+  exchange.end();
+  EXPECT_EQ(578U, command.get());
+  EXPECT_TRUE(removal.get());
+  const std::vector<std::string> events = channels_.events();
+  ASSERT_EQ(8U, events.size());
+  EXPECT_THAT(std::vector<std::string>(events.begin() + 4, events.end()),
+              ElementsAre("destroy", "create ZEDServiceOrchAGChannel 4",
+                          "server tcp://10.0.0.3:5560", "destroy"));
 }
 
 TEST_F(SMAClientTest, RegisteredAgainDuringAnExchange_WaitsAndKeepsTheClient) {
