@@ -182,7 +182,8 @@ TEST_F(Register, ValidBlade_LogsItsWay) {
 TEST_F(Register, Calls_AreAnnouncedAndMadeInOrder) {
   std::vector<std::string> lastLines;
   svc_.onSend([&](const RecordingSvc::Sent& call) {
-    lastLines.push_back(log_.lines().back().text);
+    const std::vector<LogLine> lines = log_.lines();
+    lastLines.push_back(lines.empty() ? "" : lines.back().text);
     if (call.classId == ValidateBladeStateMe::kClassId) {
       EXPECT_EQ(1U, handler_.waitingCookies()) << "the answer may come at once";
       signal(call.cookie, true, false, "t");
@@ -269,9 +270,10 @@ TEST_F(Register, FormatSpecifiersInTheToken_AreTextOnly) {
 // ----- Time-out ---------------------------------------------------------------------------------
 
 TEST_F(Register, NoAnswer_TimesOutAfterTwentySecondsAndTheLateAnswerFindsNobody) {
+  std::future<std::unique_ptr<Response>> request;  // outlives the clock, whose end lets it end
   ManualClock clock;
   neverAnswer();
-  auto request = std::async(std::launch::async, [this] { return handle(kFull); });
+  request = std::async(std::launch::async, [this] { return handle(kFull); });
   ASSERT_TRUE(clock.waitForDeadline(std::chrono::milliseconds(20000)));
   clock.advance(std::chrono::milliseconds(20000));
   expectReply(request.get(), 506, "response time out during validating blade state.", "");
@@ -285,9 +287,10 @@ TEST_F(Register, NoAnswer_TimesOutAfterTwentySecondsAndTheLateAnswerFindsNobody)
 }
 
 TEST_F(Register, AnswerJustBeforeTheTimeOut_Counts) {
+  std::future<std::unique_ptr<Response>> request;  // outlives the clock, whose end lets it end
   ManualClock clock;
   neverAnswer();
-  auto request = std::async(std::launch::async, [this] { return handle(kFull); });
+  request = std::async(std::launch::async, [this] { return handle(kFull); });
   ASSERT_TRUE(clock.waitForDeadline(std::chrono::milliseconds(20000)));
   clock.advance(std::chrono::milliseconds(19999));
   signal(svc_.sent()[0].cookie, true, false, "in time");
@@ -492,6 +495,17 @@ TEST_P(MissingRequired, Tag_EndsTheRequestBeforeTheEngineIsAsked) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, MissingRequired, testing::Values("bladeSlotId", "ip", "port"));
+
+TEST_F(Register, SeveralRequiredTagsMissing_TheFirstIsNamed) {
+  const auto missingOf = [this](const std::string& tags) {
+    log_.clear();
+    handle(requestOf(tags));
+    return log_.lines().at(0).text;
+  };
+  EXPECT_EQ("No <ip> tag found in the register request", missingOf("<bladeSlotId>3</bladeSlotId>"));
+  EXPECT_EQ("No <bladeSlotId> tag found in the register request", missingOf("<port>1</port>"));
+  EXPECT_EQ("No <bladeSlotId> tag found in the register request", missingOf("<ip>h</ip>"));
+}
 
 TEST_F(Register, NoDocument_LacksItsFirstTag) {
   for (const std::string& document :

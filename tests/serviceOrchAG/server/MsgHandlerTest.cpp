@@ -132,6 +132,37 @@ INSTANTIATE_TEST_SUITE_P(
                     UnknownKey{"register", "update", "registerResponse"},
                     UnknownKey{"", "", "Response"}, UnknownKey{"", "update", "Response"}));
 
+struct Route {
+  const char* command;
+  const char* action;
+  const char* root;
+};
+
+class Routes : public Dispatch, public testing::WithParamInterface<Route> {};
+
+TEST_P(Routes, Request_ReachesNoOtherHandler) {
+  createSMAClient("3", "h", "1", true);
+  // Nobody would answer a handler that waits for the engine.
+  svc_.onSend([](const RecordingSvc::Sent&) { throw std::runtime_error("no engine"); });
+  std::unique_ptr<Response> response;
+  try {
+    response = handle(GetParam().command, GetParam().action);
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ("no engine", error.what());
+  }
+  if (response != nullptr) {
+    EXPECT_EQ(GetParam().root, ReplyDocument::parse(response->body).root);
+  }
+  EXPECT_THAT(svc_.sent(UpdateSmaHeartbeatMe::kClassId), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Routes,
+    testing::Values(Route{"register", "", "registerResponse"},
+                    Route{"commandProgress", "update", "commandProgressUpdateResponse"},
+                    Route{"appFailure", "", "appFailureResponse"},
+                    Route{"platformInfo", "update", "platformInfoUpdateResponse"}));
+
 TEST_F(Dispatch, CommandThatMakesNoElementName_IsAnsweredWithAnEmptyBody) {
   const auto response = handle("<evil/>");
   ASSERT_NE(nullptr, response);
