@@ -105,9 +105,7 @@ void RequestDispatcher::onTaken() {
   traffic_ = true;
   ++progress_;
   wakeWatcherIfReadable();
-  if (hasDeputy_ && !deputyTicks_ && watcher_ == Watcher::None) {
-    deputyWake_.notify_one();
-  }
+  replaceWatcher();
 }
 
 void RequestDispatcher::wakeWatcherIfReadable() {
@@ -156,11 +154,19 @@ void RequestDispatcher::pollSocket(Lock& lock, Deadline deadline) {
   watcher_ = Watcher::None;
 }
 
+// The worker that leaves may not come back for long. If nobody watches and nobody would notice,
+// one of those that stand by is told.
 void RequestDispatcher::replaceWatcher() {
-  if (watcher_ != Watcher::None)
+  if (watcher_ != Watcher::None) {
     return;
-  if (hasDeputy_)
+  }
+  if (!hasDeputy_) {
+    if (parked_ > 0) {
+      bench_.notify_one();
+    }
+  } else if (!deputyTicks_) {
     deputyWake_.notify_one();
+  }
 }
 
 void RequestDispatcher::standBy(Lock& lock, Deadline deadline) {

@@ -2,8 +2,8 @@
 
 #include <atomic>
 #include <functional>
-#include <future>
 #include <optional>
+#include <semaphore>
 #include <set>
 
 #include "framework/msglyr/Counters.h"
@@ -264,17 +264,17 @@ TEST(RequestWorker, MalformedEndPoint_ThrowsNamingIt) {
             "cannot bind 'tcp:/127.0.0.1:1': Invalid argument");
 }
 
-// A request whose first part is "hold" keeps its worker until the gate opens.
+// A request whose first part is "hold" keeps its worker until it is released.
 class FiveWorkers : public testing::TestWithParam<int> {
  protected:
   FiveWorkers()
-      : opened_(gate_.get_future().share()),
-        workers_(std::make_unique<RequestWorkers>(name(), 5, [this](Message& message) {
+      : workers_(std::make_unique<RequestWorkers>(name(), 5, [this](Message& message) {
           if (message[0] == "hold") {
             ++held_;
-            opened_.wait();
+            gate_.acquire();
           }
         })) {}
+  ~FiveWorkers() override { release(); }
 
   static std::string name() {
     return testing::UnitTest::GetInstance()->current_test_info()->name();
@@ -292,13 +292,36 @@ class FiveWorkers : public testing::TestWithParam<int> {
     }
     ASSERT_EQ(held_, count);
   }
+  // Lets all go on that stand still.
+  void release() { gate_.release(held_.exchange(0)); }
+  void expectAnswersToBlockers() {
+    for (TestPeer& peer : blockers_) {
+      EXPECT_EQ(peer.receive(), (Parts{"hold"}));
+    }
+    blockers_.clear();
+  }
 
-  std::promise<void> gate_;
-  std::shared_future<void> opened_;
+  std::counting_semaphore<> gate_{0};
   std::atomic<int> held_{0};
   std::unique_ptr<RequestWorkers> workers_;
   std::vector<TestPeer> blockers_;
 };
+
+TEST_F(FiveWorkers, BlockedAgainAndAgain_TheOthersAnswerEveryRequest) {
+  TestPeer peer = TestPeer::connected(workers_->endPoint());
+  for (int round = 0; round < 3; ++round) {
+    for (int blocked = 1; blocked <= 4; ++blocked) {
+      hold(blocked);
+      for (int i = 0; i < 20; ++i) {
+        const Parts request{"go", std::to_string(i)};
+        peer.send(request);
+        ASSERT_EQ(peer.receive(), request) << blocked << " blocked in round " << round;
+      }
+      release();
+      expectAnswersToBlockers();
+    }
+  }
+}
 
 TEST_P(FiveWorkers, SomeBlocked_TheOthersAnswerEveryRequest) {
   hold(GetParam());
@@ -311,10 +334,8 @@ TEST_P(FiveWorkers, SomeBlocked_TheOthersAnswerEveryRequest) {
     ASSERT_EQ(first.receive(), request);
     ASSERT_EQ(second.receive(), request);
   }
-  gate_.set_value();
-  for (TestPeer& peer : blockers_) {
-    EXPECT_EQ(peer.receive(), (Parts{"hold"}));
-  }
+  release();
+  expectAnswersToBlockers();
 }
 
 INSTANTIATE_TEST_SUITE_P(Blocked, FiveWorkers, testing::Values(0, 1, 4));
@@ -332,7 +353,7 @@ TEST_F(FiveWorkers, BurstWithBlockersInIt_IsAnsweredBehindThem) {
     ASSERT_EQ(peer.receive(), (Parts{"go"})) << i;
   }
   EXPECT_EQ(held_, 4);
-  gate_.set_value();
+  release();
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(peer.receive(), (Parts{"hold"}));
   }
@@ -343,7 +364,7 @@ TEST_F(FiveWorkers, AllBlocked_TheRequestWaitsAndIsAnsweredLater) {
   TestPeer peer = TestPeer::connected(workers_->endPoint());
   peer.send({"go"});
   EXPECT_EQ(peer.receive(milliseconds(100)), std::nullopt);
-  gate_.set_value();
+  release();
   EXPECT_EQ(peer.receive(), (Parts{"go"}));
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <string>
 #include <thread>
@@ -8,11 +7,13 @@
 
 #include "framework/msglyr/AsyncRouterDealerChannel.h"
 #include "framework/msglyr/RequestDispatcher.h"
+#include "tests/framework/msglyr/TestPeer.h"
 
 namespace msglyr::test {
 
 // Threads that serve one end point as the gateway's workers do: each with a channel of its own,
-// receiving, handling, and sending the same message back.
+// receiving without a time limit, handling, and sending the same message back. They end when each
+// has got a message of its own that says so.
 class RequestWorkers {
  public:
   using Handler = std::function<void(Message&)>;
@@ -25,7 +26,10 @@ class RequestWorkers {
     }
   }
   ~RequestWorkers() {
-    stopping_ = true;
+    TestPeer peer = TestPeer::connected(endPoint());
+    for (std::size_t i = 0; i < threads_.size(); ++i) {
+      peer.send({kStop});
+    }
     for (std::thread& thread : threads_) {
       thread.join();
     }
@@ -39,13 +43,18 @@ class RequestWorkers {
   static constexpr const char* kWorker = "inproc://worker-end-point";
 
  private:
+  static constexpr const char* kStop = "stop this worker";
+
   void serve(const Handler& handler) {
     AsyncRouterDealerChannel channel(group_, kRoleRequestWorker);
     channel.setServerEndPoint(kServer);
     channel.setWorkerEndPoint(kWorker);
-    while (!stopping_) {
+    while (true) {
       Message message;
-      if (channel.receive(nullptr, &message, 20) > 0) {
+      if (channel.receive(nullptr, &message, -1) > 0) {
+        if (message[0] == kStop) {
+          return;
+        }
         handler(message);
         channel.send("", &message);
       }
@@ -54,7 +63,6 @@ class RequestWorkers {
 
   const std::string group_;
   const std::shared_ptr<RequestDispatcher> dispatcher_;
-  std::atomic<bool> stopping_{false};
   std::vector<std::thread> threads_;
 };
 
