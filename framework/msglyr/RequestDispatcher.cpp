@@ -1,7 +1,6 @@
 #include "framework/msglyr/RequestDispatcher.h"
 
 #include <poll.h>
-#include <sys/prctl.h>
 
 #include <algorithm>
 #include <array>
@@ -15,7 +14,6 @@
 namespace msglyr {
 namespace {
 
-constexpr std::chrono::microseconds kNap{50};
 constexpr std::chrono::microseconds kDeputyTick{500};
 constexpr std::chrono::milliseconds kFirstPause{10};
 constexpr std::chrono::milliseconds kLongestPause{1000};
@@ -56,7 +54,7 @@ std::string RequestDispatcher::endPoint() {
 int RequestDispatcher::send(const std::string& peer, const Message& message) {
   const std::lock_guard guard(mutex_);
   const Io outcome = sendMessage(socket_, &peer, message.parts());
-  wakeWatcherIfReadable();
+  wakeLeaderIfReadable();
   if (outcome != Io::Done) {
     counterCells().sendFailed.add();
     return -1;
@@ -71,6 +69,16 @@ int RequestDispatcher::receive(std::string& peer, Message& message, Deadline dea
   std::vector<std::string> parts;
   parts.reserve(8);
   while (true) {
+    const bool isLate = deadline && Clock::now() >= *deadline;
+    if (!leads()) {
+      if (isLate) {
+        return 0;
+      }
+      standBy(lock, deadline);
+      continue;
+    }
+    leader_ = Leader::Works;
+    leaderThread_ = std::this_thread::get_id();
     const Received received = receiveMessage(socket_, frame_, limits_, &sender_, parts);
     switch (received.outcome) {
       case Io::Done:
@@ -87,52 +95,47 @@ int RequestDispatcher::receive(std::string& peer, Message& message, Deadline dea
       case Io::WouldBlock:
         break;
     }
-    if (deadline && Clock::now() >= *deadline) {
-      replaceWatcher();
+    if (isLate) {
+      stepDown();
       return 0;
     }
-    if (watcher_ == Watcher::None) {
-      watch(lock, deadline);
-    } else {
-      standBy(lock, deadline);
-    }
+    pollSocket(lock, deadline);
   }
+}
+
+// True also when nobody does, so that the caller may.
+bool RequestDispatcher::leads() const {
+  return leader_ == Leader::None || leaderThread_ == std::this_thread::get_id();
 }
 
 void RequestDispatcher::onTaken() {
   counterCells().received.add();
   errors_ = 0;
-  traffic_ = true;
   ++progress_;
-  wakeWatcherIfReadable();
-  replaceWatcher();
+  alertDeputy();
 }
 
-void RequestDispatcher::wakeWatcherIfReadable() {
-  if (watcher_ == Watcher::Polls && (socket_.events() & ZMQ_POLLIN) != 0) {
+// The leader may not come back for long: somebody has to look whether it does.
+void RequestDispatcher::alertDeputy() {
+  if (!hasDeputy_) {
+    if (parked_ > 0) {
+      bench_.notify_one();
+    }
+  } else if (!deputyTicks_) {
+    deputyWake_.notify_one();
+  }
+}
+
+void RequestDispatcher::stepDown() {
+  leader_ = Leader::None;
+  alertDeputy();
+}
+
+// A sender may have taken the edge of the socket's descriptor that the leader waits for.
+void RequestDispatcher::wakeLeaderIfReadable() {
+  if (leader_ == Leader::Polls && (socket_.events() & ZMQ_POLLIN) != 0) {
     wakeUp_.signal();
   }
-}
-
-void RequestDispatcher::watch(Lock& lock, Deadline deadline) {
-  if (std::exchange(traffic_, false)) {
-    nap(lock);
-  } else {
-    pollSocket(lock, deadline);
-  }
-}
-
-void RequestDispatcher::nap(Lock& lock) {
-  thread_local bool precise = false;
-  if (!precise) {
-    prctl(PR_SET_TIMERSLACK, 1000UL, 0, 0, 0);
-    precise = true;
-  }
-  watcher_ = Watcher::Naps;
-  lock.unlock();
-  std::this_thread::sleep_for(kNap);
-  lock.lock();
-  watcher_ = Watcher::None;
 }
 
 void RequestDispatcher::pollSocket(Lock& lock, Deadline deadline) {
@@ -144,29 +147,14 @@ void RequestDispatcher::pollSocket(Lock& lock, Deadline deadline) {
     limit.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
   }
   std::array<pollfd, 2> fds{{{socketFd_, POLLIN, 0}, {wakeUp_.fd(), POLLIN, 0}}};
-  watcher_ = Watcher::Polls;
+  leader_ = Leader::Polls;
   lock.unlock();
   ppoll(fds.data(), fds.size(), deadline ? &limit : nullptr, nullptr);
   if (fds[1].revents != 0) {
     wakeUp_.clear();
   }
   lock.lock();
-  watcher_ = Watcher::None;
-}
-
-// The worker that leaves may not come back for long. If nobody watches and nobody would notice,
-// one of those that stand by is told.
-void RequestDispatcher::replaceWatcher() {
-  if (watcher_ != Watcher::None) {
-    return;
-  }
-  if (!hasDeputy_) {
-    if (parked_ > 0) {
-      bench_.notify_one();
-    }
-  } else if (!deputyTicks_) {
-    deputyWake_.notify_one();
-  }
+  leader_ = Leader::Works;
 }
 
 void RequestDispatcher::standBy(Lock& lock, Deadline deadline) {
@@ -189,8 +177,8 @@ void RequestDispatcher::standBy(Lock& lock, Deadline deadline) {
 void RequestDispatcher::beDeputy(Lock& lock, Deadline deadline) {
   hasDeputy_ = true;
   std::uint64_t seen = progress_;
-  while (!deadline || Clock::now() < *deadline) {
-    deputyTicks_ = watcher_ != Watcher::Polls;
+  while (leader_ != Leader::None && (!deadline || Clock::now() < *deadline)) {
+    deputyTicks_ = leader_ != Leader::Polls;
     if (deputyTicks_) {
       deputyWake_.wait_for(lock, kDeputyTick);
     } else if (deadline) {
@@ -198,8 +186,8 @@ void RequestDispatcher::beDeputy(Lock& lock, Deadline deadline) {
     } else {
       deputyWake_.wait(lock);
     }
-    if (watcher_ == Watcher::None && progress_ == seen) {
-      break;
+    if (leader_ == Leader::Works && progress_ == seen) {
+      leader_ = Leader::None;  // its handler blocks
     }
     seen = progress_;
   }
@@ -212,7 +200,7 @@ void RequestDispatcher::beDeputy(Lock& lock, Deadline deadline) {
 
 int RequestDispatcher::fail(Lock& lock) {
   counterCells().receiveErrors.add();
-  replaceWatcher();
+  stepDown();
   const auto pause = std::min(kLongestPause, kFirstPause * (1 << std::min(errors_, 7U)));
   ++errors_;
   lock.unlock();

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "framework/msglyr/FileDescriptor.h"
 #include "framework/msglyr/Message.h"
@@ -16,16 +17,13 @@ namespace msglyr {
 
 // Hands the requests of one ROUTER to the workers that share it, without a hop between threads.
 //
-// Socket operations are short and happen under one lock. A worker takes its request itself, and
-// at most one of those that find none, the watcher, waits for the socket outside the lock. A
-// worker that takes a request wakes no successor: handling one is usually quicker than waking a
-// thread, and the worker comes back by itself. In case it does not, because its handler blocks,
-// one of the parked workers, the deputy, looks twice in a millisecond while there is traffic and
-// takes over. When traffic stops, nothing ticks: the watcher waits in poll and the others on
-// condition variables.
-//
-// While traffic lasts the watcher does not wait in poll but naps for some tens of microseconds
-// and then takes all that has gathered. That saves the transport's thread a wake-up per request.
+// Socket operations are short and happen under one lock. One worker, the leader, takes all
+// requests: it receives, handles, answers and comes back, and while it does so the others stay
+// away from the lock. Handling a request is usually quicker than waking a thread. When a handler
+// blocks, the leader makes no progress; one of the others, the deputy, looks twice in a
+// millisecond while there is traffic, and becomes the leader. A request therefore waits about a
+// millisecond at most as long as one of the workers is free. When traffic stops, nothing ticks: the
+// leader waits in poll and the others on condition variables.
 class RequestDispatcher {
  public:
   using Clock = std::chrono::steady_clock;
@@ -52,31 +50,32 @@ class RequestDispatcher {
   std::string endPoint();
 
  private:
-  enum class Watcher { None, Naps, Polls };
+  // What the leader is at; None when there is no leader.
+  enum class Leader { None, Works, Polls };
   using Lock = std::unique_lock<std::mutex>;
 
+  bool leads() const;
   void onTaken();
-  void watch(Lock& lock, Deadline deadline);
-  void nap(Lock& lock);
   void pollSocket(Lock& lock, Deadline deadline);
+  void stepDown();
+  void alertDeputy();
   void standBy(Lock& lock, Deadline deadline);
   void beDeputy(Lock& lock, Deadline deadline);
-  void replaceWatcher();
-  void wakeWatcherIfReadable();
+  void wakeLeaderIfReadable();
   int fail(Lock& lock);
 
   // Constant after construction.
   const MessageLimits limits_;
   int socketFd_;
-  WakeUp wakeUp_;  // of the watcher that polls
+  WakeUp wakeUp_;  // of the leader that polls
 
   std::mutex mutex_;
   // Everything below is guarded by mutex_.
   Socket socket_;
   Frame frame_;
   std::string sender_;
-  Watcher watcher_ = Watcher::None;
-  bool traffic_ = false;        // a request was taken since the watcher last looked
+  Leader leader_ = Leader::None;
+  std::thread::id leaderThread_;
   std::uint64_t progress_ = 0;  // calls of receive and requests taken
   unsigned errors_ = 0;         // consecutive failures of the transport
   bool hasDeputy_ = false;
