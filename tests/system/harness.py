@@ -293,6 +293,10 @@ class Blade:
             raise AssertionError(f"a reply of {len(parts)} parts: {parts}")
         return Reply(parts)
 
+    def receive_if_any(self, seconds):
+        """The next reply, or None if none comes in time."""
+        return self.receive() if self._socket.poll(seconds * 1000) else None
+
     def request(self, subject, body, **fields):
         """Sends a request and returns the reply to it."""
         message_id = self.send(subject, body, **fields)
@@ -307,11 +311,15 @@ class Blade:
 
     # --- the requests of a well-behaved agent
 
-    def register(self, token="", port=45000, **changes):
-        """Sends "register"; changes replace tags or, with None, leave them out."""
+    def register_document(self, token="", port=45000, **changes):
+        """What "register" carries; changes replace tags or, with None, leave them out."""
         tags = {"bladeSlotId": self.slot, "ip": "127.0.0.1", "port": port, "token": token,
                 "authorizedPubKey": "", "bladeCurrTime": "0", "upTime": "1", **changes}
-        return self.request("serviceOrchAG.register", document("registerRequest", tags))
+        return document("registerRequest", tags)
+
+    def register(self, token="", **changes):
+        """Sends "register" and returns the reply."""
+        return self.request("serviceOrchAG.register", self.register_document(token, **changes))
 
     def heartbeat(self, count=1, timer=10):
         return self.request("serviceOrchAG.heartbeat",
