@@ -42,6 +42,7 @@ std::optional<Fault> faultByName(std::string_view name) {
 
 std::vector<std::string_view> faultNames() {
   std::vector<std::string_view> names;
+  names.reserve(kNames.size());
   for (const auto& entry : kNames) {
     names.push_back(entry.second);
   }

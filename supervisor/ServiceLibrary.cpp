@@ -37,7 +37,7 @@ const proc::ServicePlugin* entryOf(void* library) {
 ServiceLibrary::ServiceLibrary(const std::string& name) : path_(candidates(name).front()) {
   void* library = dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
   if (library == nullptr) {
-    const char* cause = dlerror();
+    const char* cause = dlerror();  // NOLINT(concurrency-mt-unsafe): one per thread in glibc
     throw std::runtime_error("service library " + path_ +
                              " cannot be loaded: " + (cause == nullptr ? "unknown cause" : cause) +
                              "; set service.library to its path");

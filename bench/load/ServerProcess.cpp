@@ -43,6 +43,7 @@ ServerProcess::ServerProcess(const std::vector<std::string>& command) {
   const auto input = makePipe();
   const auto output = makePipe();
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& word : command) {
     arguments.push_back(const_cast<char*>(word.c_str()));
   }

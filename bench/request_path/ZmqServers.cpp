@@ -31,7 +31,7 @@ void* bindRouter(void* context, std::array<char, 256>& endPoint) {
   if (zmq_bind(router, "tcp://127.0.0.1:*") != 0 ||
       zmq_getsockopt(router, ZMQ_LAST_ENDPOINT, endPoint.data(), &size) != 0) {
     std::perror("bind");
-    std::exit(1);
+    std::_Exit(1);
   }
   return router;
 }
