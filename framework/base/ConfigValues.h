@@ -28,7 +28,7 @@ struct ConfigValues {
   std::int64_t messageMaxBytes = 1048576;
   std::int64_t messageMaxParts = 16;
   std::int64_t messageReceiveHwm = 1000;
-  std::int64_t messageMaxHandshakes = 64;
+  std::int64_t messageMaxHandshakes = 1024;
   std::int64_t messageHandshakeMs = 2000;
   std::int64_t messageHeartbeatMs = 10000;
 

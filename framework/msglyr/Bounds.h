@@ -11,7 +11,7 @@ struct Bounds {
   unsigned maxParts = 16;                     // of one message, without routing
   int receiveHwm = 1000;                      // whole messages queued per peer, inbound
   int sendHwm = 1000;                         // whole messages queued per peer, outbound
-  int maxHandshakes = 64;                     // connections that wait to be accepted
+  int maxHandshakes = 1024;                   // connections that wait to be accepted
   std::chrono::milliseconds handshakeTimeout{2000};
   std::chrono::milliseconds heartbeatInterval{10000};  // between probes of a silent peer
   std::chrono::milliseconds heartbeatTimeout{30000};   // silence after which a peer is dropped

@@ -64,7 +64,7 @@ TEST_F(SvcConfigParamsTest, NothingLoaded_HasTheDefaults) {
   EXPECT_EQ(config_.getMessageMaxBytes(), 1048576u);
   EXPECT_EQ(config_.getMessageMaxParts(), 16u);
   EXPECT_EQ(config_.getMessageReceiveHwm(), 1000);
-  EXPECT_EQ(config_.getMessageMaxHandshakes(), 64);
+  EXPECT_EQ(config_.getMessageMaxHandshakes(), 1024);
   EXPECT_EQ(config_.getMessageHandshake(), 2000ms);
   EXPECT_EQ(config_.getMessageHeartbeat(), 10000ms);
   EXPECT_EQ(config_.getXmlMaxDepth(), 64u);
