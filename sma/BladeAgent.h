@@ -3,28 +3,15 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "framework/msglyr/Message.h"
 #include "sma/Backoff.h"
+#include "sma/BladeCounts.h"
 #include "sma/Fault.h"
 
 namespace sma {
-
-/// What a blade sent and got, for the table at the end.
-struct BladeCounts {
-  std::uint64_t registers = 0;
-  std::uint64_t beats = 0;
-  std::uint64_t odd = 0;  ///< requests sent on purpose wrong
-  std::uint64_t replies = 0;
-  std::uint64_t unanswered = 0;     ///< conforming requests whose reply did not come in time
-  std::uint64_t oddUnanswered = 0;  ///< odd requests that got no reply, as most of them should
-  std::uint64_t unsent = 0;         ///< requests that the connection did not take
-  std::uint64_t strays = 0;         ///< replies to nothing that is outstanding
-  std::map<unsigned, std::uint64_t> statuses;  ///< replies by status code
-};
 
 /// The agent of one blade: registers, keeps the token that it is told, beats, registers again when
 /// the gateway does not know it, backs off when it is not answered. It knows no socket and no

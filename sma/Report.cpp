@@ -46,14 +46,9 @@ Totals total(const std::vector<const BladeAgent*>& blades) {
   for (const BladeAgent* blade : blades) {
     const BladeCounts& counts = blade->counts();
     ++totals.inState[static_cast<std::size_t>(blade->state())];
-    totals.counts.registers += counts.registers;
-    totals.counts.beats += counts.beats;
-    totals.counts.odd += counts.odd;
-    totals.counts.replies += counts.replies;
-    totals.counts.unanswered += counts.unanswered;
-    totals.counts.oddUnanswered += counts.oddUnanswered;
-    totals.counts.unsent += counts.unsent;
-    totals.counts.strays += counts.strays;
+    for (const CountName& each : kCountNames) {
+      totals.counts.*each.count += counts.*each.count;
+    }
     for (const auto& [status, count] : counts.statuses) {
       totals.counts.statuses[status] += count;
     }
@@ -79,15 +74,11 @@ nlohmann::json countsJson(const BladeCounts& counts) {
   for (const auto& [status, count] : counts.statuses) {
     statuses[std::to_string(status)] = count;
   }
-  return {{"registers", counts.registers},
-          {"beats", counts.beats},
-          {"odd", counts.odd},
-          {"replies", counts.replies},
-          {"unanswered", counts.unanswered},
-          {"odd_unanswered", counts.oddUnanswered},
-          {"unsent", counts.unsent},
-          {"strays", counts.strays},
-          {"statuses", std::move(statuses)}};
+  nlohmann::json result{{"statuses", std::move(statuses)}};
+  for (const CountName& each : kCountNames) {
+    result[std::string(each.name)] = counts.*each.count;
+  }
+  return result;
 }
 
 }  // namespace

@@ -235,21 +235,6 @@ std::string Span::text() const {
   return std::to_string(least) + " to " + std::to_string(most);
 }
 
-std::optional<std::uint64_t> countByName(const BladeCounts& counts, const std::string& name) {
-  const std::map<std::string, std::uint64_t> all{
-      {"registers", counts.registers},
-      {"beats", counts.beats},
-      {"odd", counts.odd},
-      {"replies", counts.replies},
-      {"unanswered", counts.unanswered},
-      {"odd_unanswered", counts.oddUnanswered},
-      {"unsent", counts.unsent},
-      {"strays", counts.strays},
-  };
-  const auto found = all.find(name);
-  return found == all.end() ? std::nullopt : std::optional(found->second);
-}
-
 Scenario Scenario::load(const std::string& path) {
   std::ifstream file(path);
   if (!file) {

@@ -55,8 +55,4 @@ struct Scenario {
   std::vector<std::string> failures(const std::vector<const BladeAgent*>& blades) const;
 };
 
-/// A count by the name that scenarios and --json use ("beats", "unanswered" ...), or nothing when
-/// there is none of that name.
-std::optional<std::uint64_t> countByName(const BladeCounts& counts, const std::string& name);
-
 }  // namespace sma

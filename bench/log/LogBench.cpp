@@ -14,10 +14,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "bench/load/RatioReporter.h"
 #include "framework/core_log/Log.h"
 
 namespace {
@@ -139,34 +139,6 @@ constexpr std::array kWorkloads{
     Workload{"emittedDocument", emittedDocument, "snprintfAndWriteDocument", kDocuments},
 };
 
-/// Prints the usual table and remembers each CPU time, in nanoseconds.
-class Remembering final : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      nanoseconds_[run.run_name.function_name] = run.GetAdjustedCPUTime();
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-
-  void printRatios() const {
-    for (const Workload& workload : kWorkloads) {
-      const auto time = nanoseconds_.find(workload.name);
-      if (workload.reference == nullptr || time == nanoseconds_.end()) {
-        continue;
-      }
-      const auto reference = nanoseconds_.find(workload.reference);
-      if (reference != nanoseconds_.end()) {
-        std::printf("%-16s %8.1f ns = %.2f x %s\n", workload.name, time->second,
-                    time->second / reference->second, workload.reference);
-      }
-    }
-  }
-
- private:
-  std::map<std::string, double> nanoseconds_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -177,8 +149,8 @@ int main(int argc, char** argv) {
   for (const Workload& workload : kWorkloads) {
     benchmark::RegisterBenchmark(workload.name, workload.run)->Iterations(workload.iterations);
   }
-  Remembering reporter;
+  load::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  reporter.printRatios();
+  reporter.printRatios(kWorkloads);
   return 0;
 }

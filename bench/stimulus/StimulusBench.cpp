@@ -14,12 +14,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "bench/load/RatioReporter.h"
 #include "framework/method/ArgCodec.h"
 #include "framework/method/Wire.h"
 #include "framework/proc/BinStimulus.h"
@@ -142,34 +142,18 @@ constexpr std::array kWorkloads{
     Workload{"sendInproc", sendInproc, 2'000'000},
 };
 
-/// Prints the usual table and remembers each CPU time of the process, in nanoseconds.
-class Remembering final : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      nanoseconds_[run.run_name.function_name] = run.GetAdjustedCPUTime();
-    }
-    ConsoleReporter::ReportRuns(runs);
+void printCosts(const load::RatioReporter& reporter) {
+  const double reference = reporter.nanoseconds("copyBytes");
+  if (reference == 0) {
+    return;
   }
-
-  void printRatios() const {
-    const auto reference = nanoseconds_.find("copyBytes");
-    if (reference == nanoseconds_.end()) {
-      return;
-    }
-    std::printf("\n%-14s %12s %10s\n", "workload", "ns/stimulus", "x memcpy");
-    for (const Workload& workload : kWorkloads) {
-      const auto measured = nanoseconds_.find(workload.name);
-      if (measured != nanoseconds_.end()) {
-        std::printf("%-14s %12.1f %10.1f\n", workload.name, measured->second,
-                    measured->second / reference->second);
-      }
+  std::printf("\n%-14s %12s %10s\n", "workload", "ns/stimulus", "x memcpy");
+  for (const Workload& workload : kWorkloads) {
+    if (const double measured = reporter.nanoseconds(workload.name); measured != 0) {
+      std::printf("%-14s %12.1f %10.1f\n", workload.name, measured, measured / reference);
     }
   }
-
- private:
-  std::map<std::string, double> nanoseconds_;
-};
+}
 
 }  // namespace
 
@@ -183,8 +167,8 @@ int main(int argc, char** argv) {
         ->Iterations(workload.iterations)
         ->MeasureProcessCPUTime();
   }
-  Remembering reporter;
+  load::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  reporter.printRatios();
+  printCosts(reporter);
   return 0;
 }

@@ -1,12 +1,10 @@
 #include "framework/base/ChassisFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <memory>
 #include <optional>
 #include <set>
-#include <system_error>
+
+#include "framework/base/TextFile.h"
 
 #define TOML_EXCEPTIONS 0
 #define TOML_UNRELEASED_FEATURES 0
@@ -15,7 +13,6 @@
 namespace base {
 namespace {
 
-constexpr std::size_t kMaxFileBytes = 1048576;
 constexpr std::size_t kMaxTextBytes = 255;
 constexpr std::int64_t kHighestChassis = 255;
 
@@ -175,23 +172,11 @@ tl::expected<ChassisDescription, std::string> parseChassisText(std::string_view 
 }
 
 tl::expected<ChassisDescription, std::string> readChassisFile(const std::string& path) {
-  const auto failed = [&path](const std::string& cause) {
-    return tl::unexpected(path + ": cannot be read: " + cause);
-  };
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
-                                                             &std::fclose);
-  if (!file) {
-    return failed(std::generic_category().message(errno));
+  const auto text = readTextFile(path);
+  if (!text) {
+    return tl::unexpected(text.error());
   }
-  std::string text(kMaxFileBytes + 1, '\0');
-  text.resize(std::fread(text.data(), 1, text.size(), file.get()));
-  if (std::ferror(file.get()) != 0) {
-    return failed(std::generic_category().message(errno));
-  }
-  if (text.size() > kMaxFileBytes) {
-    return failed("larger than " + std::to_string(kMaxFileBytes) + " bytes");
-  }
-  return parseChassisText(text, path);
+  return parseChassisText(*text, path);
 }
 
 }  // namespace base

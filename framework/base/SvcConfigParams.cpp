@@ -1,15 +1,12 @@
 #include "framework/base/SvcConfigParams.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <memory>
 #include <set>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "framework/base/ConfigKeys.h"
+#include "framework/base/TextFile.h"
 
 #define TOML_EXCEPTIONS 0
 #define TOML_UNRELEASED_FEATURES 0
@@ -19,8 +16,6 @@ namespace base {
 namespace {
 
 using Loaded = tl::expected<ConfigValues, std::string>;
-
-constexpr std::size_t kMaxFileBytes = 1048576;
 
 // A value of the file, under its full name.
 struct Entry {
@@ -168,28 +163,8 @@ Loaded valuesOf(std::string_view text, const std::string& name,
   return values;
 }
 
-tl::expected<std::string, std::string> readFile(const std::string& path) {
-  const auto failed = [&path](const std::string& cause) {
-    return tl::unexpected(path + ": cannot be read: " + cause);
-  };
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
-                                                             &std::fclose);
-  if (!file) {
-    return failed(std::generic_category().message(errno));
-  }
-  std::string text(kMaxFileBytes + 1, '\0');
-  text.resize(std::fread(text.data(), 1, text.size(), file.get()));
-  if (std::ferror(file.get()) != 0) {
-    return failed(std::generic_category().message(errno));
-  }
-  if (text.size() > kMaxFileBytes) {
-    return failed("larger than " + std::to_string(kMaxFileBytes) + " bytes");
-  }
-  return text;
-}
-
 Loaded valuesOfFile(const std::string& path, std::span<const std::string> overrides) {
-  auto text = readFile(path);
+  auto text = readTextFile(path);
   if (!text) {
     return tl::unexpected(std::move(text.error()));
   }
