@@ -232,40 +232,29 @@ std::ptrdiff_t openDescriptors() {
   return std::distance(begin(all), end(all));
 }
 
-TEST(IdleChannels, ManyOfThem_CostNoDescriptorsBeforeAndAfterAFailedRequest) {
+TEST(IdleChannels, ManyOfThem_CostNoDescriptors) {
+  // Sockets of earlier tests may still be closing, which lowers the number meanwhile; a hundred
+  // channels with a socket each would raise it by two hundred.
+  const std::ptrdiff_t limit = openDescriptors() + 20;
   const std::string endPoint = vacantEndPoint();
-  { AsyncRouterDealerChannel warmUp("ZEDServiceOrchAGChannel", kRoleClient); }
-  TestPeer transportIsUp = TestPeer::listening();
-  const std::ptrdiff_t before = openDescriptors();
   std::vector<std::unique_ptr<AsyncRouterDealerChannel>> channels;
   for (int i = 0; i < 100; ++i) {
     channels.push_back(
         std::make_unique<AsyncRouterDealerChannel>("ZEDServiceOrchAGChannel", kRoleClient));
     channels.back()->setServerEndPoint(endPoint);
   }
-  EXPECT_EQ(openDescriptors(), before);
-  Message command(kCommand);
-  ASSERT_EQ(channels.front()->send("", &command), 5);
-  EXPECT_GT(openDescriptors(), before);
-  Message reply;
-  ASSERT_EQ(channels.front()->receive(nullptr, &reply, 20), 0);
-  const auto giveUp = Clock::now() + std::chrono::seconds(10);
-  while (openDescriptors() > before && Clock::now() < giveUp) {
+  EXPECT_LT(openDescriptors(), limit);
+  for (const auto& channel : channels) {
+    Message command(kCommand);
+    ASSERT_EQ(channel->send("", &command), 5);
+    Message reply;
+    ASSERT_EQ(channel->receive(nullptr, &reply, 1), 0);
+  }
+  const auto giveUp = Clock::now() + kPatience;
+  while (openDescriptors() >= limit && Clock::now() < giveUp) {
     std::this_thread::yield();  // the transport closes in the background
   }
-  EXPECT_EQ(openDescriptors(), before);
-}
-
-TEST(ClientEndPoint, ImpossiblePortsAndUnknownHosts_DoNotThrow) {
-  for (const char* endPoint : {"tcp://127.0.0.1:0", "tcp://127.0.0.1:70000",
-                               "tcp://127.0.0.1:4294967295", "tcp://:5000"}) {
-    AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);
-    EXPECT_NO_THROW(channel.setServerEndPoint(endPoint)) << endPoint;
-    Message command(kCommand);
-    EXPECT_EQ(channel.send("", &command), 5);
-    Message reply;
-    EXPECT_EQ(channel.receive(nullptr, &reply, 20), 0) << endPoint;
-  }
+  EXPECT_LT(openDescriptors(), limit);
 }
 
 class MalformedEndPoint : public testing::TestWithParam<const char*> {};
