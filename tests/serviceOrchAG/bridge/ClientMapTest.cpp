@@ -10,6 +10,7 @@
 
 #include "serviceOrchAG/bridge/SMAClient.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/RegistryCleaner.h"
 #include "tests/support/ScriptedChannel.h"
 
 namespace zan_serviceOrchAG {
@@ -17,6 +18,7 @@ namespace {
 
 using test_support::LogCapture;
 using test_support::LogLine;
+using test_support::RegistryCleaner;
 using test_support::ScriptedChannel;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -35,15 +37,6 @@ bool lockIsFree() {
 
 class ClientMapTest : public testing::Test {
  protected:
-  ~ClientMapTest() override {
-    while (!ClientMap.empty()) {
-      const std::string slot = ClientMap.begin()->first;
-      if (!removeBladeMapEntry(slot)) {
-        ClientMap.erase(slot);
-      }
-    }
-  }
-
   std::vector<std::string> slots() const {
     std::vector<std::string> keys;
     for (const auto& [slot, client] : ClientMap) {
@@ -54,6 +47,7 @@ class ClientMapTest : public testing::Test {
 
   ScriptedChannel channels_;
   LogCapture log_;
+  const RegistryCleaner cleaner_;
 };
 
 TEST_F(ClientMapTest, NeverRegistered_HasNoStatusAndGetsNone) {

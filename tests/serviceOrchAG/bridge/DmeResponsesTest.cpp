@@ -16,12 +16,14 @@
 #include "serviceOrchAG/bridge/ResponseSync.h"
 #include "serviceOrchAG/server/MsgHandler.h"
 #include "serviceOrchAG/svc/Svc.h"
+#include "tests/support/InstalledMsgHandler.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingSvc.h"
 
 namespace zan_serviceOrchAG {
 namespace {
 
+using test_support::InstalledMsgHandler;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::RecordingSvc;
@@ -50,14 +52,9 @@ struct Waiter {
 
 class DmeResponses : public testing::Test {
  protected:
-  DmeResponses() : previous_(MsgHandler::instance.exchange(&handler_)) {}
-  ~DmeResponses() override { MsgHandler::instance = previous_; }
-
   MsgHandler handler_;
+  const InstalledMsgHandler installed_{handler_};
   LogCapture log_;
-
- private:
-  MsgHandler* previous_;
 };
 
 TEST_F(DmeResponses, ValidationSucceeded_HandsOverTokenAndBothAnswers) {

@@ -16,6 +16,7 @@
 
 #include "serviceOrchAG/bridge/ClientMap.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/RegistryCleaner.h"
 #include "tests/support/ScriptedChannel.h"
 
 namespace zan_serviceOrchAG {
@@ -23,6 +24,7 @@ namespace {
 
 using test_support::LogCapture;
 using test_support::LogLine;
+using test_support::RegistryCleaner;
 using test_support::ScriptedChannel;
 using test_support::throws;
 using testing::Contains;
@@ -33,12 +35,6 @@ const ScriptedChannel::Parts kAnswer{"serviceOrchAG.stopApp", "nox-xml:1", "1", 
 
 class SMAClientTest : public testing::Test {
  protected:
-  ~SMAClientTest() override {
-    while (!ClientMap.empty()) {
-      removeBladeMapEntry(ClientMap.begin()->first);
-    }
-  }
-
   void registerBlade(const std::string& slot, bool status = true) {
     createSMAClient(slot, "10.0.0." + slot, "5560", status);
   }
@@ -53,6 +49,7 @@ class SMAClientTest : public testing::Test {
 
   ScriptedChannel channels_;
   LogCapture log_;
+  const RegistryCleaner cleaner_;
 };
 
 // ----- The exchange -----------------------------------------------------------------------------

@@ -21,24 +21,29 @@
 #include "serviceOrchAG/bridge/ClientMap.h"
 #include "serviceOrchAG/bridge/Response.h"
 #include "serviceOrchAG/server/MsgHandler.h"
-#include "serviceOrchAG/svc/Svc.h"
 #include "tests/support/Configured.h"
+#include "tests/support/InstalledMsgHandler.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingSvc.h"
+#include "tests/support/RegistryCleaner.h"
 #include "tests/support/ReplyDocument.h"
 #include "tests/support/ScriptedChannel.h"
+#include "tests/support/ValidationAnswer.h"
 
 namespace zan_serviceOrchAG {
 namespace {
 
 using serverapi::OsControllerVersionMe;
 using serviceorchapi::ValidateBladeStateMe;
+using test_support::answerValidation;
 using test_support::Configured;
+using test_support::InstalledMsgHandler;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::ManualClock;
 using test_support::RecordingSvc;
+using test_support::RegistryCleaner;
 using test_support::ReplyDocument;
 using test_support::ScriptedChannel;
 using testing::ElementsAre;
@@ -72,7 +77,7 @@ imagesOf(std::uint32_t slot, const char* runningVersion, const char* runningImag
 
 class Register : public testing::Test {
  protected:
-  Register() : previous_(MsgHandler::instance.exchange(&handler_)) {
+  Register() {
     char name[] = "/tmp/hostkeyXXXXXX";
     ::close(mkstemp(name));
     keyPath_ = name;
@@ -81,41 +86,16 @@ class Register : public testing::Test {
     answer(true, false, "engine's token");
   }
 
-  ~Register() override {
-    while (!ClientMap.empty()) {
-      removeBladeMapEntry(ClientMap.begin()->first);
-    }
-    std::remove(keyPath_.c_str());
-    MsgHandler::instance = previous_;
-  }
+  ~Register() override { std::remove(keyPath_.c_str()); }
 
   void configureKey(const std::string& path) {
     configured_.reset();
     configured_.emplace(std::vector<std::string>{"supervisor.host_key=" + path});
   }
 
-  /// The engine's answer arrives.
-  static void signal(const base::Buffer& cookie, bool isValid, bool shouldRetry,
-                     const std::string& token) {
-    ValidateBladeStateMe me;
-    me.setCookie(cookie);
-    Svc::successRspServiceorchapiValidateBladeStateCb(me, token, isValid, shouldRetry);
-  }
-
-  /// The engine's refusal of the call arrives.
-  static void reject(const base::Buffer& cookie) {
-    ValidateBladeStateMe me;
-    me.setCookie(cookie);
-    Svc::failedRspServiceorchapiValidateBladeStateCb(me, 7, "no such slot");
-  }
-
   /// The engine answers every validation from now on like this, at once.
   void answer(bool isValid, bool shouldRetry, const std::string& token) {
-    svc_.onSend([isValid, shouldRetry, token](const RecordingSvc::Sent& call) {
-      if (call.classId == ValidateBladeStateMe::kClassId) {
-        signal(call.cookie, isValid, shouldRetry, token);
-      }
-    });
+    test_support::answerValidations(svc_, isValid, shouldRetry, token);
   }
 
   void neverAnswer() {
@@ -143,7 +123,8 @@ class Register : public testing::Test {
   RecordingSvc svc_;
   LogCapture log_;
   MsgHandler handler_;
-  MsgHandler* const previous_;
+  const InstalledMsgHandler installed_{handler_};
+  const RegistryCleaner cleaner_;
   std::string keyPath_;
   std::optional<Configured> configured_;
 };
@@ -186,7 +167,7 @@ TEST_F(Register, Calls_AreAnnouncedAndMadeInOrder) {
     lastLines.push_back(lines.empty() ? "" : lines.back().text);
     if (call.classId == ValidateBladeStateMe::kClassId) {
       EXPECT_EQ(1U, handler_.waitingCookies()) << "the answer may come at once";
-      signal(call.cookie, true, false, "t");
+      answerValidation(call.cookie, true, false, "t");
     } else {
       EXPECT_EQ(0U, handler_.waitingCookies());
       EXPECT_FALSE(is_bladeRegistered("3")) << "the engine is told before the client is made";
@@ -245,11 +226,7 @@ TEST_F(Register, ValidAndRetry_IsValid) {
 }
 
 TEST_F(Register, RejectedByTheEngine_CountsAsNotRecognised) {
-  svc_.onSend([](const RecordingSvc::Sent& call) {
-    if (call.classId == ValidateBladeStateMe::kClassId) {
-      reject(call.cookie);
-    }
-  });
+  test_support::rejectValidations(svc_);
   expectReply(handle(kFull), 511, "failed to recognized blade in DME", "");
   EXPECT_EQ(1U, svc_.sent(OsControllerVersionMe::kClassId).size());
 }
@@ -282,7 +259,7 @@ TEST_F(Register, NoAnswer_TimesOutAfterTwentySecondsAndTheLateAnswerFindsNobody)
   EXPECT_FALSE(is_bladeRegistered("3"));
   ASSERT_EQ(1U, svc_.sent().size()) << "the images are not reported";
   clock.advance(std::chrono::milliseconds(5000));
-  signal(svc_.sent()[0].cookie, true, false, "late");
+  answerValidation(svc_.sent()[0].cookie, true, false, "late");
   EXPECT_FALSE(is_bladeRegistered("3"));
 }
 
@@ -293,7 +270,7 @@ TEST_F(Register, AnswerJustBeforeTheTimeOut_Counts) {
   request = std::async(std::launch::async, [this] { return handle(kFull); });
   ASSERT_TRUE(clock.waitForDeadline(std::chrono::milliseconds(20000)));
   clock.advance(std::chrono::milliseconds(19999));
-  signal(svc_.sent()[0].cookie, true, false, "in time");
+  answerValidation(svc_.sent()[0].cookie, true, false, "in time");
   expectReply(request.get(), 100, "OK", "in time");
 }
 
@@ -642,9 +619,9 @@ TEST_F(Register, TwoInFlight_GetTheirOwnAnswers) {
   const auto calls = svc_.sent(ValidateBladeStateMe::kClassId);
   ASSERT_EQ(2U, calls.size());
   EXPECT_NE(calls[0].cookie, calls[1].cookie);
-  signal(calls[1].cookie, false, false, "of four");
+  answerValidation(calls[1].cookie, false, false, "of four");
   expectReply(fourth.get(), 511, "failed to recognized blade in DME", "of four");
-  signal(calls[0].cookie, true, false, "of three");
+  answerValidation(calls[0].cookie, true, false, "of three");
   expectReply(third.get(), 100, "OK", "of three");
   EXPECT_TRUE(getBladeStatus("3"));
   EXPECT_FALSE(getBladeStatus("4"));
@@ -655,7 +632,8 @@ TEST_F(Register, AnsweredTwice_OneOfTheAnswersIsTaken) {
   svc_.onSend([&engines](const RecordingSvc::Sent& call) {
     if (call.classId == ValidateBladeStateMe::kClassId) {
       for (const char* token : {"first", "second"}) {
-        engines.emplace_back([cookie = call.cookie, token] { signal(cookie, true, false, token); });
+        engines.emplace_back(
+            [cookie = call.cookie, token] { answerValidation(cookie, true, false, token); });
       }
     }
   });

@@ -14,6 +14,7 @@
 #include "tests/support/Configured.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingSvc.h"
+#include "tests/support/RegistryCleaner.h"
 #include "tests/support/ReplyDocument.h"
 #include "tests/support/ScriptedChannel.h"
 
@@ -25,6 +26,7 @@ using test_support::Configured;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::RecordingSvc;
+using test_support::RegistryCleaner;
 using test_support::ReplyDocument;
 using test_support::ScriptedChannel;
 using testing::ElementsAre;
@@ -42,12 +44,6 @@ std::string progressOf(const std::string& operCmd) {
 class Dispatch : public testing::Test {
  protected:
   Dispatch() { handler_.registerCommands(); }
-
-  ~Dispatch() override {
-    while (!ClientMap.empty()) {
-      removeBladeMapEntry(ClientMap.begin()->first);
-    }
-  }
 
   std::unique_ptr<Response> handle(const std::string& command, const std::string& action = "",
                                    const std::string& document = kHeartbeat,
@@ -71,6 +67,7 @@ class Dispatch : public testing::Test {
   RecordingSvc svc_;
   LogCapture log_;
   MsgHandler handler_;
+  const RegistryCleaner cleaner_;
 };
 
 TEST_F(Dispatch, RegisteredAndValid_ReachesItsHandler) {

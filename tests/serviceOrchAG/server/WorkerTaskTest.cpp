@@ -14,26 +14,31 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "framework/os/Clock.h"
 #include "serviceOrchAG/bridge/ClientMap.h"
 #include "serviceOrchAG/server/MsgHandler.h"
+#include "tests/support/InstalledMsgHandler.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingSvc.h"
+#include "tests/support/RegistryCleaner.h"
 #include "tests/support/ReplyDocument.h"
+#include "tests/support/RunningWorker.h"
 #include "tests/support/ScriptedChannel.h"
 
 namespace zan_serviceOrchAG {
 namespace {
 
+using test_support::InstalledMsgHandler;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::ManualClock;
 using test_support::RecordingSvc;
+using test_support::RegistryCleaner;
 using test_support::ReplyDocument;
+using test_support::RunningWorker;
 using test_support::ScriptedChannel;
 using test_support::throws;
 using testing::ElementsAre;
@@ -48,24 +53,6 @@ const std::string kDocument =
 Parts heartbeat(const std::string& subject = "serviceOrchAG.heartbeat") {
   return {subject, "nox-xml:1", "id-1", "sma_slot3", kDocument};
 }
-
-/// One worker on a thread of its own, until the end of the scope.
-class RunningWorker {
- public:
-  RunningWorker(ScriptedChannel& channels, int number, bool left)
-      : channels_(channels), task_(number, left), thread_([this] { task_.run(); }) {}
-  ~RunningWorker() {
-    channels_.endWorkers();
-    thread_.join();
-  }
-  RunningWorker(const RunningWorker&) = delete;
-  RunningWorker& operator=(const RunningWorker&) = delete;
-
- private:
-  ScriptedChannel& channels_;
-  WorkerTask task_;
-  std::thread thread_;
-};
 
 /// Ends every wait for a deadline at once and counts them.
 class PauseCounter final : public os::Clock {
@@ -83,17 +70,10 @@ class PauseCounter final : public os::Clock {
 
 class WorkerTaskTest : public testing::Test {
  protected:
-  WorkerTaskTest() : previous_(MsgHandler::instance.exchange(&handler_)) {
+  WorkerTaskTest() {
     handler_.registerCommands();
     createSMAClient("3", "h", "1", true);
     log_.clear();
-  }
-
-  ~WorkerTaskTest() override {
-    while (!ClientMap.empty()) {
-      removeBladeMapEntry(ClientMap.begin()->first);
-    }
-    MsgHandler::instance = previous_;
   }
 
   /// Lets one worker take everything that is scripted and come back for more.
@@ -135,7 +115,8 @@ class WorkerTaskTest : public testing::Test {
   ScriptedChannel channels_;
   RecordingSvc svc_;
   MsgHandler handler_;
-  MsgHandler* const previous_;
+  const InstalledMsgHandler installed_{handler_};
+  const RegistryCleaner cleaner_;
   LogCapture log_;
 };
 
