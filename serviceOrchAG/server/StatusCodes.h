@@ -8,9 +8,11 @@ namespace status {
 inline constexpr unsigned kSuccess = 100;
 inline constexpr unsigned kInvalidCommand = 500;
 inline constexpr unsigned kInvalidContentType = 501;
+inline constexpr unsigned kParsingError = 503;
 inline constexpr unsigned kWrongParameterValue = 505;
 inline constexpr unsigned kTimeOut = 506;
 inline constexpr unsigned kOperationFailed = 508;
+inline constexpr unsigned kUnknownError = 509;
 inline constexpr unsigned kNotRegistered = 510;
 inline constexpr unsigned kNotRecognized = 511;
 inline constexpr unsigned kNoChannel = 576;
