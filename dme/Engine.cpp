@@ -212,4 +212,9 @@ EngineStatus Engine::status() const {
   return status;
 }
 
+std::vector<ObjectView> Engine::model(const mo::Dn& dn) const {
+  const std::lock_guard lock(state_);
+  return store_->view(dn);
+}
+
 }  // namespace dme

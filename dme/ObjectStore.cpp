@@ -69,7 +69,24 @@ std::optional<method::Value> valueOf(ValueKind kind, const Cell& cell) {
   return std::nullopt;
 }
 
+// Whoever has a slot's token can pass for its blade.
+constexpr std::string_view kSecretProperty = "token";
+
 }  // namespace
+
+ObjectView Object::view() const {
+  ObjectView view{dn_.text().str(), std::string(class_->name), {}};
+  for (const PropertyInfo& info : class_->properties) {
+    const method::Value& value = values_[info.id - 1];
+    if (info.name == kSecretProperty) {
+      const auto* text = std::get_if<base::String>(&value);
+      view.values.emplace_back("hasToken", text != nullptr && !text->empty());
+    } else if (!std::holds_alternative<std::monostate>(value)) {
+      view.values.emplace_back(info.name, value);
+    }
+  }
+  return view;
+}
 
 ObjectStore::ObjectStore(Database database)
     : database_(std::move(database)),
@@ -136,6 +153,24 @@ std::vector<Object*> ObjectStore::below(const mo::Dn& dn) {
     found.push_back(next->second.get());
   }
   return found;
+}
+
+std::vector<ObjectView> ObjectStore::view(const mo::Dn& dn) const {
+  if (!dn.empty() && !objects_.contains(dn)) {
+    return {};
+  }
+  const std::string prefix = dn.text().str() + "/";
+  std::vector<ObjectView> views;
+  for (auto next = objects_.lower_bound(dn); next != objects_.end(); ++next) {
+    const std::string& name = next->first.text().str();
+    // "a-b" stands between "a" and "a/b", so the range is left by name only.
+    if (dn.empty() || next->first == dn || name.starts_with(prefix)) {
+      views.push_back(next->second->view());
+    } else if (name > prefix) {
+      break;
+    }
+  }
+  return views;
 }
 
 Object& ObjectStore::create(const mo::Dn& dn, const ClassInfo& objectClass) {

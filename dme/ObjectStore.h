@@ -10,6 +10,7 @@
 #include "dme/CommitQueue.h"
 #include "dme/Database.h"
 #include "dme/ObjectClass.h"
+#include "dme/ObjectView.h"
 #include "dme/Result.h"
 #include "framework/method/Config.h"
 #include "framework/mo/Dn.h"
@@ -33,6 +34,7 @@ class Object {
     const T* value = std::get_if<T>(&values_[property.id - 1]);
     return value != nullptr ? *value : kNotSet;
   }
+  ObjectView view() const;
 
  private:
   friend class ObjectStore;
@@ -63,6 +65,9 @@ class ObjectStore {
   /// The objects below `dn`, in the order of their names' bytes; not the object itself.
   std::vector<Object*> below(const mo::Dn& dn);
   std::size_t size() const { return objects_.size(); }
+  /// Copies of the object and those below it, in the order of their names' bytes: of all objects
+  /// for the empty name, of none for one that is not there.
+  std::vector<ObjectView> view(const mo::Dn& dn) const;
 
   /// Makes the object, or returns the one that is there.
   Object& create(const mo::Dn& dn, const ClassInfo& objectClass);

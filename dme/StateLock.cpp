@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <thread>
 #include <utility>
 
 namespace dme {
@@ -32,6 +33,21 @@ bool writeOwnId(int descriptor) {
          ::pwrite(descriptor, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
 }
 
+// A reader is done as soon as it has copied the files; a holder of the directory stays. Only
+// readers let others share the lock.
+bool lockAgainstAll(int descriptor) {
+  constexpr std::chrono::milliseconds kPoll{10};
+  for (auto waited = kPoll; ::flock(descriptor, LOCK_EX | LOCK_NB) != 0; waited += kPoll) {
+    if (errno != EWOULDBLOCK || waited > StateLock::kReaderWait ||
+        ::flock(descriptor, LOCK_SH | LOCK_NB) != 0) {
+      return false;
+    }
+    ::flock(descriptor, LOCK_UN);
+    std::this_thread::sleep_for(kPoll);
+  }
+  return true;
+}
+
 }  // namespace
 
 Result<StateLock> StateLock::acquire(const std::string& directory) {
@@ -41,7 +57,7 @@ Result<StateLock> StateLock::acquire(const std::string& directory) {
     return failure(file + " cannot be opened (" + lastSystemError() +
                    "): give the directory to the user that runs this program");
   }
-  if (::flock(lock.descriptor_, LOCK_EX | LOCK_NB) != 0) {
+  if (!lockAgainstAll(lock.descriptor_)) {
     if (errno == EWOULDBLOCK) {
       return failure(directory + " is in use by " + holderOf(lock.descriptor_) +
                      ": stop it, or configure another state directory");
@@ -54,6 +70,29 @@ Result<StateLock> StateLock::acquire(const std::string& directory) {
                    "): free some space on its file system");
   }
   return lock;
+}
+
+Result<std::optional<StateLock>> StateLock::acquireForReading(const std::string& directory) {
+  const std::string file = directory + "/" + kFileName;
+  StateLock lock(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (lock.descriptor_ < 0) {
+    return failure(file + " cannot be opened (" + lastSystemError() +
+                   "): run as the user that owns the directory");
+  }
+  if (::flock(lock.descriptor_, LOCK_SH | LOCK_NB) == 0) {
+    return lock;
+  }
+  if (errno == EWOULDBLOCK) {
+    return std::nullopt;
+  }
+  return failure(file + " cannot be locked (" + lastSystemError() +
+                 "): use a file system that supports locks");
+}
+
+std::string StateLock::holder(const std::string& directory) {
+  const StateLock file(
+      ::open((directory + "/" + kFileName).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  return holderOf(file.descriptor_);
 }
 
 StateLock::StateLock(StateLock&& other) noexcept

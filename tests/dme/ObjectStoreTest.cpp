@@ -153,5 +153,43 @@ TEST(ObjectStore, ContentThatDoesNotFit_IsRefusedNamingIt) {
   }
 }
 
+std::vector<std::string> namesOf(const std::vector<ObjectView>& views) {
+  std::vector<std::string> names;
+  for (const ObjectView& view : views) {
+    names.push_back(view.dn);
+  }
+  return names;
+}
+
+TEST(ObjectStore, View_IsOfTheObjectAndThoseBelow) {
+  const dme_test::TempDirectory directory;
+  const auto store = openStore(directory.path());
+  for (const char* dn : {"sys", "sys/slot-1", "sys/slot-1-a", "sys/slot-1/x", "sys/slot-10"}) {
+    store->create(mo::Dn(dn), slot_object::kClass);
+  }
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(namesOf(store->view(mo::Dn("sys/slot-1"))), (Names{"sys/slot-1", "sys/slot-1/x"}));
+  EXPECT_EQ(namesOf(store->view(mo::Dn())),
+            (Names{"sys", "sys/slot-1", "sys/slot-1-a", "sys/slot-1/x", "sys/slot-10"}));
+  EXPECT_EQ(namesOf(store->view(mo::Dn("sys"))).size(), 5u);
+  for (const char* unknown : {"sy", "sys/", "sys/slot-2", "sys/slot-1/", "/"}) {
+    EXPECT_TRUE(store->view(mo::Dn(unknown)).empty()) << unknown;
+  }
+}
+
+TEST(ObjectStore, View_HasTheSetPropertiesAndNoToken) {
+  const dme_test::TempDirectory directory;
+  const auto store = openStore(directory.path());
+  Object& slot = store->create(kSlot, slot_object::kClass);
+  EXPECT_EQ(store->view(kSlot),
+            (std::vector{ObjectView{"sys/chassis-1/slot-3", "slot", {{"hasToken", false}}}}));
+  store->set(slot, slot_object::kNumber, 3U);
+  store->set(slot, slot_object::kToken, base::String("t"));
+  EXPECT_EQ(
+      store->view(kSlot),
+      (std::vector{ObjectView{
+          "sys/chassis-1/slot-3", "slot", {{"number", method::Value(3U)}, {"hasToken", true}}}}));
+}
+
 }  // namespace
 }  // namespace dme

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <future>
 #include <type_traits>
 
 #include "tests/dme/TempDirectory.h"
@@ -82,6 +83,48 @@ TEST(StateLock, DirectoryMissing_FailsNamingFileAndCause) {
   EXPECT_EQ(lock.error().text, directory.file("none/lock") +
                                    " cannot be opened (No such file or directory): give the "
                                    "directory to the user that runs this program");
+}
+
+TEST(StateLock, Readers_ShareAndChangeNothing) {
+  const dme_test::TempDirectory directory;
+  dme_test::writeBytes(directory.file("lock"), "4711\n");
+  const auto first = StateLock::acquireForReading(directory.path());
+  const auto second = StateLock::acquireForReading(directory.path());
+  EXPECT_TRUE(first && *first && second && *second);
+  EXPECT_EQ(dme_test::readBytes(directory.file("lock")), "4711\n");
+  EXPECT_EQ(StateLock::holder(directory.path()), "process 4711");
+}
+
+TEST(StateLock, HolderThere_ReaderGetsNothing) {
+  const dme_test::TempDirectory directory;
+  const Result<StateLock> lock = StateLock::acquire(directory.path());
+  ASSERT_TRUE(lock);
+  const auto reader = StateLock::acquireForReading(directory.path());
+  ASSERT_TRUE(reader);
+  EXPECT_FALSE(*reader);
+}
+
+TEST(StateLock, ReaderThere_HolderWaitsForItsEnd) {
+  const dme_test::TempDirectory directory;
+  { ASSERT_TRUE(StateLock::acquire(directory.path())); }
+  auto reader = StateLock::acquireForReading(directory.path());
+  ASSERT_TRUE(reader && *reader);
+  auto holder =
+      std::async(std::launch::async, [&directory] { return StateLock::acquire(directory.path()); });
+  EXPECT_EQ(holder.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  reader->reset();
+  const Result<StateLock> lock = holder.get();
+  EXPECT_TRUE(lock) << lock.error().text;
+}
+
+TEST(StateLock, NothingToRead_ReaderFailsNamingTheFileAndMakesNone) {
+  const dme_test::TempDirectory directory;
+  const auto reader = StateLock::acquireForReading(directory.path());
+  ASSERT_FALSE(reader);
+  EXPECT_EQ(reader.error().text, directory.file("lock") +
+                                     " cannot be opened (No such file or directory): run as the "
+                                     "user that owns the directory");
+  EXPECT_FALSE(std::filesystem::exists(directory.file("lock")));
 }
 
 }  // namespace
