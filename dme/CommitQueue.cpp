@@ -1,6 +1,7 @@
 #include "dme/CommitQueue.h"
 
 #include <chrono>
+#include <utility>
 
 #include "framework/core_log/Log.h"
 #include "framework/os/Clock.h"
@@ -17,7 +18,7 @@ CommitQueue::~CommitQueue() {
   stop();
 }
 
-void CommitQueue::submit(std::vector<Change> changes, Completion done) {
+void CommitQueue::submit(ChangeSet changes, Completion done) {
   bool isRefused = false;
   {
     const std::lock_guard lock(mutex_);
@@ -25,7 +26,10 @@ void CommitQueue::submit(std::vector<Change> changes, Completion done) {
     isRefused = isStopping_;
     if (!isRefused && !(changes.empty() && isDurable)) {
       counters_.transactions += changes.empty() ? 0 : 1;
-      waiting_.push_back({std::move(changes), std::move(done)});
+      waiting_.changes.append(std::move(changes));
+      if (done) {
+        waiting_.completions.push_back(std::move(done));
+      }
       wake_.notify_one();
       return;
     }
@@ -52,19 +56,17 @@ CommitQueue::Counters CommitQueue::counters() const {
 }
 
 void CommitQueue::run() {
-  std::vector<Transaction> batch;
+  Batch batch;
   while (take(batch)) {
-    const Result<void> outcome = write(batch);
-    for (const Transaction& transaction : batch) {
-      if (transaction.done) {
-        transaction.done(outcome);
-      }
+    const Result<void> outcome = write(std::move(batch.changes));
+    for (const Completion& done : batch.completions) {
+      done(outcome);
     }
-    batch.clear();
+    batch = Batch();
   }
 }
 
-bool CommitQueue::take(std::vector<Transaction>& batch) {
+bool CommitQueue::take(Batch& batch) {
   std::unique_lock lock(mutex_);
   isBusy_ = false;
   const auto hasWork = [this] {
@@ -82,29 +84,18 @@ bool CommitQueue::take(std::vector<Transaction>& batch) {
     }
     hasStopped_ = true;  // the last attempt at what failed before
   }
-  batch.swap(waiting_);
+  std::swap(batch, waiting_);
   isBusy_ = true;
   return true;
 }
 
-Result<void> CommitQueue::write(const std::vector<Transaction>& batch) {
-  std::vector<Change> changes;
-  for (const auto& [key, change] : unwritten_) {
-    changes.push_back(change);
-  }
-  for (const Transaction& transaction : batch) {
-    changes.insert(changes.end(), transaction.changes.begin(), transaction.changes.end());
-  }
-  Result<void> outcome = changes.empty() ? Result<void>() : write_(changes);
+Result<void> CommitQueue::write(ChangeSet changes) {
   const bool wasBehind = !unwritten_.empty();
+  unwritten_.append(std::move(changes));
+  const bool isNeeded = !unwritten_.empty();
+  const Result<void> outcome = isNeeded ? write_(unwritten_) : Result<void>();
   if (outcome) {
     unwritten_.clear();
-  } else {
-    for (const Transaction& transaction : batch) {
-      for (const Change& change : transaction.changes) {
-        keep(change);
-      }
-    }
   }
   if (!outcome && !wasBehind) {
     core_log::logPrintf("write", core_log::serviceLevel(), 8,
@@ -115,13 +106,9 @@ Result<void> CommitQueue::write(const std::vector<Transaction>& batch) {
   }
   const std::lock_guard lock(mutex_);
   isBehind_ = !unwritten_.empty();
-  counters_.commits += outcome && !changes.empty() ? 1 : 0;
+  counters_.commits += outcome && isNeeded ? 1 : 0;
   counters_.failures += outcome ? 0 : 1;
   return outcome;
-}
-
-void CommitQueue::keep(const Change& change) {
-  unwritten_.insert_or_assign({change.dn, change.property}, change);
 }
 
 }  // namespace dme

@@ -46,6 +46,16 @@ Result<Connection> connect(const std::string& file) {
   return connection;
 }
 
+// The tables are those of schema 1. A higher number keeps programs away that do not know all the
+// classes that may be in them.
+Result<void> markSchema(Connection& connection) {
+  const Result<std::int64_t> schema = connection.queryInteger("PRAGMA user_version");
+  if (schema && *schema == Database::kSchema) {
+    return {};
+  }
+  return connection.execute("PRAGMA user_version = " + std::to_string(Database::kSchema));
+}
+
 Cell cellOf(const Statement& row, int column) {
   if (row.isInteger(column)) {
     return row.integer(column);
@@ -91,6 +101,11 @@ Result<Database> Database::open(const std::string& stateDir) {
                              : "check the file and the file system that it is on"),
                    connection.error().code);
   }
+  if (const Result<void> marked = markSchema(*connection); !marked) {
+    return failure(file + " cannot be written to (" + marked.error().text +
+                       "): free some space on its file system",
+                   marked.error().code);
+  }
   Database database(std::move(*lock), std::move(*connection), file);
   if (const Result<void> prepared = database.prepareStatements(); !prepared) {
     return failure(file + " lacks its tables (" + prepared.error().text +
@@ -111,6 +126,11 @@ Result<void> Database::prepareStatements() {
   };
   return prepare(begin_, "BEGIN IMMEDIATE")
       .and_then([&] { return prepare(commit_, "COMMIT"); })
+      .and_then([&] {
+        // "0" follows "/": what lies between is below the object. Its properties go along.
+        return prepare(removeObjects_,
+                       "DELETE FROM object WHERE dn = ?1 OR (dn > ?1 || '/' AND dn < ?1 || '0')");
+      })
       .and_then([&] {
         return prepare(
             addObject_,
@@ -149,24 +169,37 @@ Result<void> Database::load(const ObjectVisitor& object, const PropertyVisitor& 
   return {};
 }
 
-Result<void> Database::apply(const Change& change) {
-  if (change.property.empty()) {
-    addObject_->bind(1, std::string_view(change.dn));
-    addObject_->bind(2, std::string_view(change.className));
-    return addObject_->run();
+Result<void> Database::apply(const std::string& dn, const ObjectChange& change) {
+  Result<void> outcome;
+  if (change.isRemoved) {
+    removeObjects_->bind(1, std::string_view(dn));
+    outcome = removeObjects_->run();
   }
-  const bool clears = std::holds_alternative<std::monostate>(change.value);
+  if (outcome && !change.className.empty()) {
+    addObject_->bind(1, std::string_view(dn));
+    addObject_->bind(2, std::string_view(change.className));
+    outcome = addObject_->run();
+  }
+  for (auto next = change.values.begin(); outcome && next != change.values.end(); ++next) {
+    outcome = setProperty(dn, next->first, next->second);
+  }
+  return outcome;
+}
+
+Result<void> Database::setProperty(const std::string& dn, const std::string& name,
+                                   const Cell& value) {
+  const bool clears = std::holds_alternative<std::monostate>(value);
   Statement& statement = clears ? *clearProperty_ : *setProperty_;
-  statement.bind(1, std::string_view(change.dn));
-  statement.bind(2, std::string_view(change.property));
-  bindCell(statement, 3, change.value);
+  statement.bind(1, std::string_view(dn));
+  statement.bind(2, std::string_view(name));
+  bindCell(statement, 3, value);
   return statement.run();
 }
 
-Result<void> Database::write(std::span<const Change> changes) {
+Result<void> Database::write(const ChangeSet& changes) {
   Result<void> outcome = begin_->run();
-  for (std::size_t i = 0; outcome && i < changes.size(); ++i) {
-    outcome = apply(changes[i]);
+  for (auto next = changes.objects().begin(); outcome && next != changes.objects().end(); ++next) {
+    outcome = apply(next->first, next->second);
   }
   if (outcome) {
     outcome = commit_->run();

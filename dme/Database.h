@@ -3,29 +3,15 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
-#include <variant>
-#include <vector>
 
+#include "dme/ChangeSet.h"
 #include "dme/Result.h"
 #include "dme/Sqlite.h"
 #include "dme/StateLock.h"
 
 namespace dme {
-
-/// A property's value as the database keeps it; the first alternative stands for "not set".
-using Cell = std::variant<std::monostate, std::int64_t, double, std::string>;
-
-/// One durable change of the object tree: an object comes into being (empty `property`), or one
-/// of its properties gets a value or loses it.
-struct Change {
-  std::string dn;
-  std::string className;  ///< only for an object that comes into being
-  std::string property;
-  Cell value;
-};
 
 /// The engine's durable memory: the objects of the tree and their properties, in one SQLite file.
 ///
@@ -37,7 +23,7 @@ struct Change {
 class Database {
  public:
   static constexpr const char* kFileName = "engine.db";
-  static constexpr std::int64_t kSchema = 1;
+  static constexpr std::int64_t kSchema = 2;
 
   /// Opens the database in `stateDir`, making the directory and the file where they are missing.
   ///
@@ -55,7 +41,7 @@ class Database {
   Result<void> load(const ObjectVisitor& object, const PropertyVisitor& property);
 
   /// Makes all changes durable, or none of them. Blocks on the disk.
-  Result<void> write(std::span<const Change> changes);
+  Result<void> write(const ChangeSet& changes);
 
   /// Moves the write-ahead log into the file, so that the next start has nothing to replay.
   Result<void> checkpoint();
@@ -66,13 +52,15 @@ class Database {
  private:
   Database(StateLock lock, Connection connection, std::string file);
   Result<void> prepareStatements();
-  Result<void> apply(const Change& change);
+  Result<void> apply(const std::string& dn, const ObjectChange& change);
+  Result<void> setProperty(const std::string& dn, const std::string& name, const Cell& value);
 
   std::string file_;
   StateLock lock_;
   Connection connection_;  // before the statements: they go first
   std::optional<Statement> begin_;
   std::optional<Statement> commit_;
+  std::optional<Statement> removeObjects_;
   std::optional<Statement> addObject_;
   std::optional<Statement> setProperty_;
   std::optional<Statement> clearProperty_;

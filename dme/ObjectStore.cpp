@@ -1,5 +1,6 @@
 #include "dme/ObjectStore.h"
 
+#include <cmath>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -19,7 +20,8 @@ Cell cellOf(const method::Value& value) {
         } else if constexpr (std::is_same_v<T, base::String>) {
           return held.str();
         } else if constexpr (std::is_same_v<T, float>) {
-          return static_cast<double>(held);
+          // What is not a number has no place in the database: it would refuse the transaction.
+          return std::isnan(held) ? Cell() : Cell(static_cast<double>(held));
         } else {
           return static_cast<std::int64_t>(held);  // the upper half of 64 bits becomes negative
         }
@@ -90,7 +92,7 @@ ObjectView Object::view() const {
 
 ObjectStore::ObjectStore(Database database)
     : database_(std::move(database)),
-      queue_([this](std::span<const Change> changes) { return database_.write(changes); }) {}
+      queue_([this](const ChangeSet& changes) { return database_.write(changes); }) {}
 
 ObjectStore::~ObjectStore() {
   close();
@@ -145,11 +147,20 @@ Object* ObjectStore::find(const mo::Dn& dn) {
   return found == objects_.end() ? nullptr : found->second.get();
 }
 
-std::vector<Object*> ObjectStore::below(const mo::Dn& dn) {
+std::pair<ObjectStore::Place, ObjectStore::Place> ObjectStore::rangeBelow(const mo::Dn& dn) {
   const std::string prefix = dn.text().str() + "/";
+  const Place first = objects_.lower_bound(mo::Dn(prefix));
+  Place last = first;
+  while (last != objects_.end() && last->first.text().str().starts_with(prefix)) {
+    ++last;
+  }
+  return {first, last};
+}
+
+std::vector<Object*> ObjectStore::below(const mo::Dn& dn) {
+  const auto [first, last] = rangeBelow(dn);
   std::vector<Object*> found;
-  for (auto next = objects_.lower_bound(mo::Dn(prefix));
-       next != objects_.end() && next->first.text().str().starts_with(prefix); ++next) {
+  for (Place next = first; next != last; ++next) {
     found.push_back(next->second.get());
   }
   return found;
@@ -177,21 +188,33 @@ Object& ObjectStore::create(const mo::Dn& dn, const ClassInfo& objectClass) {
   auto& object = objects_[dn];
   if (object == nullptr) {
     object = std::make_unique<Object>(dn, objectClass);
-    staged_.push_back({dn.text().str(), std::string(objectClass.name), "", Cell()});
+    staged_.create(dn.text().view(), objectClass.name);
   }
   return *object;
+}
+
+void ObjectStore::remove(const mo::Dn& dn) {
+  const auto [first, last] = rangeBelow(dn);
+  const Place itself = objects_.find(dn);
+  if (itself == objects_.end() && first == last) {
+    return;
+  }
+  staged_.remove(dn.text().view());
+  objects_.erase(first, last);
+  if (itself != objects_.end()) {
+    objects_.erase(itself);  // last: `dn` may be its own
+  }
 }
 
 void ObjectStore::stage(const Object& object, std::uint32_t propertyId) {
   const PropertyInfo& info = object.class_->properties[propertyId - 1];
   if (info.isDurable) {
-    staged_.push_back({object.dn_.text().str(), "", std::string(info.name),
-                       cellOf(object.values_[propertyId - 1])});
+    staged_.set(object.dn_.text().view(), info.name, cellOf(object.values_[propertyId - 1]));
   }
 }
 
 void ObjectStore::commit(Completion done) {
-  queue_.submit(std::exchange(staged_, {}), std::move(done));
+  queue_.submit(std::exchange(staged_, ChangeSet()), std::move(done));
 }
 
 void ObjectStore::close() {

@@ -5,8 +5,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "dme/ChangeSet.h"
 #include "dme/CommitQueue.h"
 #include "dme/Database.h"
 #include "dme/ObjectClass.h"
@@ -60,7 +62,7 @@ class ObjectStore {
   ObjectStore(const ObjectStore&) = delete;
   ObjectStore& operator=(const ObjectStore&) = delete;
 
-  /// The object, or null. Objects stay in their place as long as the store.
+  /// The object, or null. An object stays in its place until it is removed.
   Object* find(const mo::Dn& dn);
   /// The objects below `dn`, in the order of their names' bytes; not the object itself.
   std::vector<Object*> below(const mo::Dn& dn);
@@ -69,8 +71,12 @@ class ObjectStore {
   /// for the empty name, of none for one that is not there.
   std::vector<ObjectView> view(const mo::Dn& dn) const;
 
-  /// Makes the object, or returns the one that is there.
+  /// Makes the object, or returns the one that is there. What stands above it is there already,
+  /// or else it must not be removed.
   Object& create(const mo::Dn& dn, const ClassInfo& objectClass);
+
+  /// Removes the object, if it is there, and everything below it.
+  void remove(const mo::Dn& dn);
 
   template <class T>
   void set(Object& object, const Property<T>& property, const T& value) {
@@ -80,6 +86,14 @@ class ObjectStore {
     }
     held = value;
     stage(object, property.id);
+  }
+  template <class T>
+  void clear(Object& object, const Property<T>& property) {
+    method::Value& held = object.values_[property.id - 1];
+    if (held.index() != 0) {
+      held = method::Value();
+      stage(object, property.id);
+    }
   }
 
   /// Sends every change since the last call to the disk as one transaction. For `done` see
@@ -93,14 +107,17 @@ class ObjectStore {
   CommitQueue::Counters counters() const { return queue_.counters(); }
 
  private:
+  using Place = std::map<mo::Dn, std::unique_ptr<Object>>::iterator;
+
   explicit ObjectStore(Database database);
   Result<void> load();
+  std::pair<Place, Place> rangeBelow(const mo::Dn& dn);
   void stage(const Object& object, std::uint32_t propertyId);
 
   Database database_;  // once loaded, used by the queue's thread alone
   bool isClosed_ = false;
   std::map<mo::Dn, std::unique_ptr<Object>> objects_;
-  std::vector<Change> staged_;
+  ChangeSet staged_;
   CommitQueue queue_;  // last: its thread uses the database
 };
 

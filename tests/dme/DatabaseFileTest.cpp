@@ -43,10 +43,11 @@ class DatabaseFile : public testing::Test {
   }
 
   static void fill(Database& database, int objects) {
-    std::vector<Change> changes;
+    ChangeSet changes;
     for (int i = 0; i < objects; ++i) {
-      changes.push_back({"sys/slot-" + std::to_string(i), "slot", "", Cell()});
-      changes.push_back({"sys/slot-" + std::to_string(i), "", "name", std::string(50, 'n')});
+      const std::string dn = "sys/slot-" + std::to_string(i);
+      changes.create(dn, "slot");
+      changes.set(dn, "name", std::string(50, 'n'));
     }
     ASSERT_TRUE(database.write(changes));
   }
@@ -93,14 +94,14 @@ constexpr const char* kNewerRemedy =
 TEST_F(DatabaseFile, NewerSchema_IsRefusedUntouched) {
   createClosed();
   execute("PRAGMA user_version = 7");
-  expectRefused(file() + " was written by a newer version (schema 7, this program knows 1)" +
+  expectRefused(file() + " was written by a newer version (schema 7, this program knows 2)" +
                 kNewerRemedy);
 }
 
 TEST_F(DatabaseFile, NewerSchemaStillInTheLog_IsRefusedUntouched) {
   createKilled("PRAGMA user_version = 7");
   ASSERT_GT(std::filesystem::file_size(file() + "-wal"), 0u);
-  expectRefused(file() + " was written by a newer version (schema 7, this program knows 1)" +
+  expectRefused(file() + " was written by a newer version (schema 7, this program knows 2)" +
                 kNewerRemedy);
 }
 
@@ -165,7 +166,7 @@ TEST_F(DatabaseFile, DamagedWithALog_IsRefusedWithBothUntouched) {
 TEST_F(DatabaseFile, SoundWithALog_IsInspectedWithoutATrace) {
   createKilled();
   const Files before = filesWithoutLock();
-  const Result<void> inspected = inspectDatabaseFile(file(), 1);
+  const Result<void> inspected = inspectDatabaseFile(file(), 2);
   EXPECT_TRUE(inspected) << inspected.error().text;
   EXPECT_TRUE(filesWithoutLock() == before);
 }
@@ -173,7 +174,7 @@ TEST_F(DatabaseFile, SoundWithALog_IsInspectedWithoutATrace) {
 TEST_F(DatabaseFile, SoundWithoutALog_IsInspectedWithoutATrace) {
   createClosed();
   const Files before = filesWithoutLock();
-  const Result<void> inspected = inspectDatabaseFile(file(), 1);
+  const Result<void> inspected = inspectDatabaseFile(file(), 2);
   EXPECT_TRUE(inspected) << inspected.error().text;
   EXPECT_TRUE(filesWithoutLock() == before);
 }

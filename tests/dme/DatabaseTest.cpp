@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <limits>
+#include <map>
 #include <tuple>
 #include <type_traits>
 
@@ -34,11 +35,24 @@ std::vector<Row> rowsOf(Database& database) {
   return rows;
 }
 
-Change object(const std::string& dn) {
-  return {dn, "slot", "", Cell()};
+using Values = std::map<std::string, Cell>;
+
+/// An object that comes into being with these values.
+void add(ChangeSet& changes, const std::string& dn, const Values& values = {}) {
+  changes.create(dn, "slot");
+  for (const auto& [name, value] : values) {
+    changes.set(dn, name, value);
+  }
 }
-Change property(const std::string& dn, const std::string& name, Cell value) {
-  return {dn, "", name, std::move(value)};
+ChangeSet object(const std::string& dn, const Values& values = {}) {
+  ChangeSet changes;
+  add(changes, dn, values);
+  return changes;
+}
+ChangeSet property(const std::string& dn, const std::string& name, Cell value) {
+  ChangeSet changes;
+  changes.set(dn, name, std::move(value));
+  return changes;
 }
 
 TEST(Database, EmptyDirectory_GetsAnEmptyDatabaseReadableByItsOwnerOnly) {
@@ -46,7 +60,7 @@ TEST(Database, EmptyDirectory_GetsAnEmptyDatabaseReadableByItsOwnerOnly) {
   Result<Database> database = Database::open(directory.path());
   ASSERT_TRUE(database) << database.error().text;
   EXPECT_TRUE(rowsOf(*database).empty());
-  ASSERT_TRUE(database->write(std::vector{object("sys")}));
+  ASSERT_TRUE(database->write(object("sys")));
   for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
     EXPECT_EQ(static_cast<unsigned>(entry.status().permissions()), 0600u) << entry.path();
   }
@@ -58,7 +72,7 @@ TEST(Database, Settings_AreTheDurableOnes) {
   ASSERT_TRUE(database);
   EXPECT_EQ(database->connection().queryText("PRAGMA journal_mode").value(), "wal");
   EXPECT_EQ(database->connection().queryInteger("PRAGMA synchronous").value(), 2);
-  EXPECT_EQ(database->connection().queryInteger("PRAGMA user_version").value(), 1);
+  EXPECT_EQ(database->connection().queryInteger("PRAGMA user_version").value(), 2);
   EXPECT_EQ(database->connection().queryText("PRAGMA locking_mode").value(), "exclusive");
 }
 
@@ -75,11 +89,12 @@ TEST(Database, ValuesOfEveryKind_ComeBackAfterReopening) {
   {
     Result<Database> database = Database::open(directory.path());
     ASSERT_TRUE(database);
-    ASSERT_TRUE(database->write(
-        std::vector{object("sys/a"), property("sys/a", "empty", std::string()),
-                    property("sys/a", "hostile", hostile),
-                    property("sys/a", "large", std::numeric_limits<std::int64_t>::min()),
-                    property("sys/a", "real", 0.5), property("sys/a", "text", std::string("12"))}));
+    ASSERT_TRUE(
+        database->write(object("sys/a", {{"empty", std::string()},
+                                         {"hostile", hostile},
+                                         {"large", std::numeric_limits<std::int64_t>::min()},
+                                         {"real", 0.5},
+                                         {"text", std::string("12")}})));
   }
   Result<Database> database = Database::open(directory.path());
   ASSERT_TRUE(database) << database.error().text;
@@ -94,37 +109,85 @@ TEST(Database, PropertyWrittenAgain_HasTheLastValueAndClearedIsGone) {
   const dme_test::TempDirectory directory;
   Result<Database> database = Database::open(directory.path());
   ASSERT_TRUE(database);
-  ASSERT_TRUE(database->write(std::vector{object("a"), property("a", "p", std::int64_t{1}),
-                                          property("a", "q", std::int64_t{1})}));
-  ASSERT_TRUE(database->write(
-      std::vector{object("a"), property("a", "p", std::int64_t{2}), property("a", "q", Cell())}));
+  ASSERT_TRUE(database->write(object("a", {{"p", std::int64_t{1}}, {"q", std::int64_t{1}}})));
+  ASSERT_TRUE(database->write(object("a", {{"p", std::int64_t{2}}, {"q", Cell()}})));
   const std::vector<Row> expected{{"a", "class slot", Cell()}, {"a", "p", std::int64_t{2}}};
   EXPECT_EQ(rowsOf(*database), expected);
+}
+
+TEST(Database, Removal_TakesTheObjectWithAllBelowItAndNoNeighbour) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  ChangeSet changes;
+  for (const char* dn :
+       {"a", "a/b", "a/b!", "a/b-c", "a/b/c", "a/b/c/d", "a/b/\xff", "a/b0", "a/bc"}) {
+    add(changes, dn, {{"p", std::int64_t{1}}});
+  }
+  ASSERT_TRUE(database->write(changes));
+  ChangeSet removal;
+  removal.remove("a/b");
+  ASSERT_TRUE(database->write(removal));
+  const std::vector<Row> expected{{"a", "class slot", Cell()},     {"a/b!", "class slot", Cell()},
+                                  {"a/b-c", "class slot", Cell()}, {"a/b0", "class slot", Cell()},
+                                  {"a/bc", "class slot", Cell()},  {"a", "p", std::int64_t{1}},
+                                  {"a/b!", "p", std::int64_t{1}},  {"a/b-c", "p", std::int64_t{1}},
+                                  {"a/b0", "p", std::int64_t{1}},  {"a/bc", "p", std::int64_t{1}}};
+  EXPECT_EQ(rowsOf(*database), expected);
+}
+
+TEST(Database, RemovedAndMadeAnewInOneTransaction_HasOnlyTheNewValues) {
+  const dme_test::TempDirectory directory;
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database);
+  ChangeSet first = object("a", {{"p", std::int64_t{1}}});
+  add(first, "a/b");
+  ASSERT_TRUE(database->write(first));
+  ChangeSet second;
+  second.remove("a");
+  add(second, "a", {{"q", std::int64_t{2}}});
+  ASSERT_TRUE(database->write(second));
+  const std::vector<Row> expected{{"a", "class slot", Cell()}, {"a", "q", std::int64_t{2}}};
+  EXPECT_EQ(rowsOf(*database), expected);
+}
+
+TEST(Database, SchemaBefore_IsTakenOverWithItsContent) {
+  const dme_test::TempDirectory directory;
+  {
+    Result<Database> database = Database::open(directory.path());
+    ASSERT_TRUE(database);
+    ASSERT_TRUE(database->write(object("a", {{"p", std::int64_t{1}}})));
+    ASSERT_TRUE(database->connection().execute("PRAGMA user_version = 1"));
+  }
+  Result<Database> database = Database::open(directory.path());
+  ASSERT_TRUE(database) << database.error().text;
+  const std::vector<Row> expected{{"a", "class slot", Cell()}, {"a", "p", std::int64_t{1}}};
+  EXPECT_EQ(rowsOf(*database), expected);
+  EXPECT_EQ(database->connection().queryInteger("PRAGMA user_version").value(), 2);
 }
 
 TEST(Database, OneChangeOfSeveralFails_NoneIsMade) {
   const dme_test::TempDirectory directory;
   Result<Database> database = Database::open(directory.path());
   ASSERT_TRUE(database);
-  const Result<void> written =
-      database->write(std::vector{object("a"), property("nobody", "p", std::int64_t{1})});
-  ASSERT_FALSE(written);
+  ChangeSet changes = object("a");
+  changes.set("nobody", "p", std::int64_t{1});
+  ASSERT_FALSE(database->write(changes));
   EXPECT_TRUE(rowsOf(*database).empty());
-  EXPECT_TRUE(database->write(std::vector{object("b")}));
+  EXPECT_TRUE(database->write(object("b")));
 }
 
 TEST(Database, DiskFull_FailsAndLaterWritesSucceed) {
   const dme_test::TempDirectory directory;
   Result<Database> database = Database::open(directory.path());
   ASSERT_TRUE(database);
-  ASSERT_TRUE(database->write(std::vector{object("a")}));
+  ASSERT_TRUE(database->write(object("a")));
   ASSERT_TRUE(database->connection().execute("PRAGMA max_page_count = 1"));
-  const Result<void> written =
-      database->write(std::vector{property("a", "p", std::string(100000, 'x'))});
+  const Result<void> written = database->write(property("a", "p", std::string(100000, 'x')));
   ASSERT_FALSE(written);
   EXPECT_EQ(written.error().code, SQLITE_FULL);
   ASSERT_TRUE(database->connection().execute("PRAGMA max_page_count = 1000000"));
-  EXPECT_TRUE(database->write(std::vector{property("a", "p", std::string("y"))}));
+  EXPECT_TRUE(database->write(property("a", "p", std::string("y"))));
 }
 
 TEST(Database, SecondOne_IsRefusedAndNamesTheHolder) {
@@ -144,7 +207,7 @@ TEST(Database, LeftByAKilledProcess_HoldsWhatWasWritten) {
   ASSERT_GE(child, 0);
   if (child == 0) {
     Result<Database> database = Database::open(directory.path());
-    const bool written = database && database->write(std::vector{object("a"), object("b")});
+    const bool written = database && database->write(object("a")) && database->write(object("b"));
     ::kill(::getpid(), written ? SIGKILL : SIGTERM);
     ::_exit(1);
   }
@@ -170,7 +233,7 @@ TEST(Database, Checkpointed_LeavesNothingToReplay) {
   const dme_test::TempDirectory directory;
   Result<Database> database = Database::open(directory.path());
   ASSERT_TRUE(database);
-  ASSERT_TRUE(database->write(std::vector{object("a")}));
+  ASSERT_TRUE(database->write(object("a")));
   ASSERT_TRUE(database->checkpoint());
   EXPECT_EQ(std::filesystem::file_size(directory.file("engine.db-wal")), 0u);
 }

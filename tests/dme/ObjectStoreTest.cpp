@@ -109,6 +109,59 @@ TEST(ObjectStore, Below_GivesTheSubtreeWithoutItsRootOrNeighbours) {
   EXPECT_EQ(names, (std::vector<std::string>{"sys/chassis-1/slot-1", "sys/chassis-1/slot-10"}));
 }
 
+TEST(ObjectStore, RemovedObject_IsGoneWithAllBelowItAndStaysGone) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    for (const char* dn : {"sys", "sys/a", "sys/a/b", "sys/a/b/c", "sys/ab"}) {
+      store->create(mo::Dn(dn), slot_object::kClass);
+    }
+    ASSERT_TRUE(commitAndWait(*store));
+    store->remove(store->find(mo::Dn("sys/a"))->dn());
+    store->remove(mo::Dn("sys/nothing"));
+    EXPECT_EQ(store->find(mo::Dn("sys/a")), nullptr);
+    EXPECT_EQ(store->find(mo::Dn("sys/a/b/c")), nullptr);
+    EXPECT_EQ(store->size(), 2u);
+    ASSERT_TRUE(commitAndWait(*store));
+    EXPECT_EQ(store->counters().transactions, 2u);
+  }
+  const auto store = openStore(directory.path());
+  EXPECT_EQ(store->size(), 2u);
+  EXPECT_NE(store->find(mo::Dn("sys/ab")), nullptr);
+}
+
+TEST(ObjectStore, RemovedAndMadeAnewBeforeTheCommit_HasOnlyTheNewValues) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    store->set(store->create(kSlot, slot_object::kClass), slot_object::kToken, base::String("t"));
+    ASSERT_TRUE(commitAndWait(*store));
+    store->remove(kSlot);
+    store->set(store->create(kSlot, slot_object::kClass), slot_object::kName, base::String("n"));
+    ASSERT_TRUE(commitAndWait(*store));
+  }
+  const auto store = openStore(directory.path());
+  EXPECT_EQ(store->find(kSlot)->get(slot_object::kToken), "");
+  EXPECT_EQ(store->find(kSlot)->get(slot_object::kName), "n");
+}
+
+TEST(ObjectStore, ClearedProperty_HasNoValueAfterwards) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    Object& slot = store->create(kSlot, slot_object::kClass);
+    store->set(slot, slot_object::kToken, base::String("t"));
+    ASSERT_TRUE(commitAndWait(*store));
+    store->clear(slot, slot_object::kToken);
+    EXPECT_EQ(slot.get(slot_object::kToken), "");
+    ASSERT_TRUE(commitAndWait(*store));
+    store->clear(slot, slot_object::kToken);
+    ASSERT_TRUE(commitAndWait(*store));
+    EXPECT_EQ(store->counters().transactions, 2u);
+  }
+  EXPECT_EQ(openStore(directory.path())->find(kSlot)->get(slot_object::kToken), "");
+}
+
 /// Opens a store whose database was changed behind its back.
 std::string errorAfter(const dme_test::TempDirectory& directory, const std::string& sql) {
   {
