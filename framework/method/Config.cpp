@@ -63,11 +63,6 @@ bool readValue(base::IBioStream& stream, Value& value) {
 
 }  // namespace
 
-const Value* Config::find(std::uint32_t propertyId) const {
-  const auto found = values_.find(propertyId);
-  return found == values_.end() ? nullptr : &found->second;
-}
-
 Config& Config::addChild(Config child) {
   return children_.emplace_back(std::move(child));
 }
@@ -104,16 +99,15 @@ bool Config::readValues(base::IBioStream& stream) {
   if (!readCount(stream, kMostValues, kSmallestValue, count)) {
     return false;
   }
+  std::uint32_t before = 0;
   for (std::uint32_t i = 0; i < count; ++i) {
     std::uint32_t propertyId = 0;
     Value value;
-    if (!stream.read(propertyId) || !readValue(stream, value)) {
+    if (!stream.read(propertyId) || !readValue(stream, value) || (i > 0 && propertyId <= before)) {
       return false;
     }
-    if (!values_.empty() && propertyId <= values_.rbegin()->first) {
-      return false;
-    }
-    values_.emplace_hint(values_.end(), propertyId, std::move(value));
+    values_.set(propertyId, std::move(value));
+    before = propertyId;
   }
   return true;
 }

@@ -1,19 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <map>
-#include <variant>
+#include <utility>
 #include <vector>
 
 #include "framework/base/BioStream.h"
-#include "framework/base/String.h"
+#include "framework/method/Value.h"
+#include "framework/method/ValueMap.h"
 #include "framework/mo/Dn.h"
 
 namespace method {
-
-/// A property's value; the alternative's index is the type tag on the wire.
-using Value = std::variant<std::monostate, bool, std::uint8_t, std::int32_t, std::uint32_t,
-                           std::uint64_t, float, base::String>;
 
 /// A managed object as an argument of a method: class, name, flags and the values of its set
 /// properties. A plain value; layout in docs/stimulus.md.
@@ -26,12 +23,15 @@ class Config {
   std::uint32_t classId() const { return classId_; }
   std::uint32_t flags() const { return flags_; }
   const mo::Dn& dn() const { return dn_; }
-  const std::map<std::uint32_t, Value>& values() const { return values_; }
+  /// In ascending order of the properties.
+  const ValueMap& values() const { return values_; }
   const std::vector<Config>& children() const { return children_; }
 
-  void set(std::uint32_t propertyId, Value value) { values_[propertyId] = std::move(value); }
+  void set(std::uint32_t propertyId, Value value) { values_.set(propertyId, std::move(value)); }
   /// The value, or null when the property is not set.
-  const Value* find(std::uint32_t propertyId) const;
+  const Value* find(std::uint32_t propertyId) const { return values_.find(propertyId); }
+  /// Makes room for so many values.
+  void reserve(std::size_t values) { values_.reserve(values); }
   /// Objects that travel along: what the object resolves and what stands below it. The reference
   /// is valid until the next call.
   Config& addChild(Config child);
@@ -52,7 +52,7 @@ class Config {
   std::uint32_t classId_ = 0;
   std::uint32_t flags_ = 0;
   mo::Dn dn_;
-  std::map<std::uint32_t, Value> values_;
+  ValueMap values_;
   std::vector<Config> children_;
 };
 
