@@ -8,6 +8,7 @@
 #include "framework/meta/Describe.h"
 #include "framework/proc/Answer.h"
 #include "framework/proc/EngineCall.h"
+#include "model/AllClasses.h"
 #include "model/AllMethods.h"
 
 namespace model {
@@ -64,59 +65,94 @@ static_assert(proc::kRefreshLogControlClass == sysdebug::RefreshLogControlMe::kC
 static_assert(proc::kBootstrapClass == agboot::BootstrapMe::kClassId);
 static_assert(proc::kBootstrapDoneClass == agboot::BootstrapDoneMe::kClassId);
 
-// ----- Managed objects that blades report ----------------------------------------------------
+// ----- Managed objects: rows made from their classes ------------------------------------------
 
-constexpr std::uint32_t kMonitor = 0x286;
-constexpr std::uint32_t kDiskFileSystem = 0x289;
-constexpr std::uint32_t kAppInstance = 0x28f;
+constexpr auto& kClassInfos = AllClasses::kInfos;
 
-constexpr std::array kClasses = {
-    meta::Class{kMonitor, "sm::Monitor"},
-    meta::Class{kDiskFileSystem, "sm::DiskFileSystem"},
-    meta::Class{kAppInstance, "sm::AppInstance"},
-};
+constexpr std::size_t countOf(auto isWanted) {
+  std::size_t count = 0;
+  for (const mo::ClassInfo* const each : kClassInfos) {
+    for (const mo::PropertyInfo& property : each->properties) {
+      count += isWanted(property) ? 1 : 0;
+    }
+  }
+  return count;
+}
 
-// Memory and disk sizes are in megabytes.
-constexpr std::array kProps = {
-    meta::Prop{0x82f, kMonitor, "osVersion", number(TypeId::kText)},
-    meta::Prop{0x837, kMonitor, "sysUptime", number(TypeId::kText)},
-    meta::Prop{0x830, kMonitor, "cpuMinus1", number(TypeId::kFloat)},
-    meta::Prop{0x831, kMonitor, "cpuMinus5", number(TypeId::kFloat)},
-    meta::Prop{0x832, kMonitor, "cpuMinus15", number(TypeId::kFloat)},
-    meta::Prop{0x2811, kMonitor, "memTotal", number(TypeId::kU32)},
-    meta::Prop{0x2812, kMonitor, "memFree", number(TypeId::kU32)},
-    meta::Prop{0x2813, kMonitor, "memUsed", number(TypeId::kU32)},
-    meta::Prop{0x2814, kMonitor, "appsMemTotal", number(TypeId::kU32)},
-    meta::Prop{0x836, kMonitor, "diskCount", number(TypeId::kI32)},
-    meta::Prop{0x841, kDiskFileSystem, "diskName", number(TypeId::kText)},
-    meta::Prop{0x2815, kDiskFileSystem, "diskTotal", number(TypeId::kU32)},
-    meta::Prop{0x2816, kDiskFileSystem, "diskFree", number(TypeId::kU32)},
-    meta::Prop{0x2817, kDiskFileSystem, "diskUsed", number(TypeId::kU32)},
-    meta::Prop{0x843, kDiskFileSystem, "diskMountPoint", number(TypeId::kText)},
-    meta::Prop{0x87e, kAppInstance, "appInstanceId", number(TypeId::kText)},
-    meta::Prop{0x883, kAppInstance, "operStatus", number(TypeId::kU8)},
-    meta::Prop{0x88d, kAppInstance, "externalSoftwareManagement", number(TypeId::kBool)},
-    meta::Prop{0x880, kAppInstance, "installedVersion", number(TypeId::kText)},
-    meta::Prop{0x88c, kAppInstance, "hotfixes", number(TypeId::kText)},
-};
+constexpr bool isAny(const mo::PropertyInfo& /*property*/) {
+  return true;
+}
+constexpr bool isNaming(const mo::PropertyInfo& property) {
+  return property.group == mo::kNamingGroup;
+}
 
-constexpr std::array kNameRefs = {
-    meta::NameRef{1, kDiskFileSystem, 0x841},
-    meta::NameRef{2, kAppInstance, 0x87e},
-};
+constexpr auto kClasses = [] {
+  std::array<meta::Class, AllClasses::kSize> rows{};
+  std::transform(kClassInfos.begin(), kClassInfos.end(), rows.begin(),
+                 [](const mo::ClassInfo* each) {
+                   return meta::Class{each->id, each->name};
+                 });
+  return rows;
+}();
+
+constexpr auto kProps = [] {
+  std::array<meta::Prop, countOf(isAny)> rows{};
+  std::size_t next = 0;
+  for (const mo::ClassInfo* const each : kClassInfos) {
+    for (const mo::PropertyInfo& property : each->properties) {
+      rows[next++] = {property.id, each->id, property.name,
+                      static_cast<std::uint32_t>(property.kind)};
+    }
+  }
+  return rows;
+}();
+
+constexpr auto kNameRefs = [] {
+  std::array<meta::NameRef, countOf(isNaming)> rows{};
+  std::uint32_t next = 0;
+  for (const mo::ClassInfo* const each : kClassInfos) {
+    for (const mo::PropertyInfo& property : each->properties) {
+      if (isNaming(property)) {
+        rows[next] = {next + 1, each->id, property.id};
+        ++next;
+      }
+    }
+  }
+  return rows;
+}();
 
 constexpr std::array kPropValidators = {
-    meta::PropValidator{0x830, 0, 1e9},
-    meta::PropValidator{0x831, 0, 1e9},
-    meta::PropValidator{0x832, 0, 1e9},
-    meta::PropValidator{0x836, 0, 2147483647},
+    meta::PropValidator{sm::MonitorMo::kCpuMinus1.id, 0, 1e9},
+    meta::PropValidator{sm::MonitorMo::kCpuMinus5.id, 0, 1e9},
+    meta::PropValidator{sm::MonitorMo::kCpuMinus15.id, 0, 1e9},
+    meta::PropValidator{sm::MonitorMo::kDiskCount.id, 0, 2147483647},
+    meta::PropValidator{sd::OperationMo::kPercentage.id, 0, 100},
 };
 
-static_assert(areIdsDistinct(kClasses) && areIdsDistinct(kProps) && areIdsDistinct(kNameRefs));
-static_assert(std::all_of(kProps.begin(), kProps.end(), [](const meta::Prop& prop) {
-  return std::any_of(kClasses.begin(), kClasses.end(),
-                     [&](const meta::Class& each) { return each.id == prop.classId; });
-}));
+// Names are what the database finds classes and properties by.
+constexpr bool areNamesDistinct() {
+  for (std::size_t i = 0; i < kClassInfos.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (kClassInfos[i]->name == kClassInfos[j]->name) {
+        return false;
+      }
+    }
+    for (const mo::PropertyInfo& property : kClassInfos[i]->properties) {
+      if (kClassInfos[i]->find(property.name) != &property) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+static_assert(areIdsDistinct(kClasses), "two classes share an id");
+static_assert(areIdsDistinct(kProps), "two properties share an id");
+static_assert(areNamesDistinct(), "two classes, or two properties of a class, share a name");
+
+// The numbers of meta's types are the tags of values.
+static_assert(number(TypeId::kBool) == static_cast<std::uint32_t>(method::ValueKind::kBool) &&
+              number(TypeId::kText) == static_cast<std::uint32_t>(method::ValueKind::kText));
 
 // ----- The rest -----------------------------------------------------------------------------
 
@@ -147,15 +183,31 @@ constexpr std::array kServices = {meta::Svc{26, "serviceOrchAG", 1}};
 // The engine's state machines belong to the objects that they run on: an application instance and
 // a slot. A service only carries their numbers.
 constexpr std::array kFsmStateHandlers = {
-    meta::FsmStateHandler{1, kAppInstance},
-    meta::FsmStateHandler{2, 0},
+    meta::FsmStateHandler{1, sd::AppInstanceMo::kClassId},
+    meta::FsmStateHandler{2, sd::SlotMo::kClassId},
 };
 constexpr std::array kFsmThrottles = {
     meta::FsmThrottle{1, 1},
     meta::FsmThrottle{2, 1},
 };
 
+template <class Wanted>
+const mo::ClassInfo* findClassIf(Wanted isWanted) {
+  const auto found = std::find_if(kClassInfos.begin(), kClassInfos.end(), isWanted);
+  return found == kClassInfos.end() ? nullptr : *found;
+}
+
 }  // namespace
+
+std::span<const mo::ClassInfo* const> classInfos() {
+  return kClassInfos;
+}
+const mo::ClassInfo* findClass(std::string_view name) {
+  return findClassIf([name](const mo::ClassInfo* each) { return each->name == name; });
+}
+const mo::ClassInfo* findClass(std::uint32_t id) {
+  return findClassIf([id](const mo::ClassInfo* each) { return each->id == id; });
+}
 
 std::span<const meta::Type> types() {
   return kTypes;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "framework/meta/AppDomain.h"
 #include "framework/meta/Arg.h"
@@ -13,8 +15,15 @@
 #include "framework/meta/Result.h"
 #include "framework/meta/Svc.h"
 #include "framework/meta/Type.h"
+#include "framework/mo/Property.h"
 
 namespace model {
+
+/// Every class of managed object. Constants of the library.
+std::span<const mo::ClassInfo* const> classInfos();
+/// By the name that people read and the database keeps; null when there is no such class.
+const mo::ClassInfo* findClass(std::string_view name);
+const mo::ClassInfo* findClass(std::uint32_t id);
 
 // The description of the model, for the meta tables. Constants of the library; each class, property
 // and method is described in one place, and these tables are made from that.

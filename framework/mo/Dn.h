@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <string>
 #include <string_view>
 
 #include "framework/base/BioStream.h"
@@ -18,7 +19,7 @@ class Dn {
   const base::String& text() const { return text_; }
   const char* c_str() const { return text_.c_str(); }
   bool empty() const { return text_.empty(); }
-  /// This name with one more step below it.
+  /// This name with one more step below it. What comes from outside goes through escapeStep().
   Dn child(std::string_view relativeName) const;
   /// The name without its last step; the root's parent is the root.
   Dn parent() const;
@@ -35,5 +36,9 @@ class Dn {
  private:
   base::String text_;
 };
+
+/// An identifier as a part of one step of a name: "/", "%" and control characters become "%" and
+/// two hexadecimal digits, so that distinct identifiers stay distinct and none makes a second step.
+std::string escapeStep(std::string_view identifier);
 
 }  // namespace mo

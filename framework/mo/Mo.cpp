@@ -2,13 +2,63 @@
 
 namespace mo {
 
-const method::Value* Mo::find(std::uint32_t propertyId) const {
-  const auto found = values_.find(propertyId);
-  return found == values_.end() ? nullptr : &found->second;
+method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
+                            unsigned int /*depth*/, std::uint32_t flags) const {
+  method::Config config(classId_, dn_, flags);
+  if (only == nullptr) {
+    config.reserve(values_.size());
+    for (const auto& [propertyId, value] : values_) {
+      if ((groupOf(propertyId) & propertyGroup) != 0) {
+        config.set(propertyId, value);
+      }
+    }
+    return config;
+  }
+  config.reserve(only->size());
+  for (const std::uint32_t propertyId : *only) {
+    if ((groupOf(propertyId) & propertyGroup) != 0) {
+      const method::Value* const value = find(propertyId);
+      config.set(propertyId, value != nullptr ? *value : method::Value());
+    }
+  }
+  return config;
+}
+
+std::uint32_t Mo::groupOf(std::uint32_t propertyId) const {
+  const PropertyInfo* const info = classInfo_ != nullptr ? classInfo_->find(propertyId) : nullptr;
+  return info != nullptr ? info->group : kStateGroup;
+}
+
+void Mo::renew(const Dn& dn) {
+  dn_ = dn;
+  values_.clear();
+  changeFlags_.clear();
 }
 
 void Mo::deleteObjectByConfig(Mo* object, unsigned int /*flags*/) {
   delete object;
+}
+
+std::size_t fromConfig(const method::Config& config, Mo& object, std::uint32_t propertyGroup) {
+  const ClassInfo* const objectClass = object.classInfo();
+  if (objectClass == nullptr || objectClass->id != config.classId()) {
+    return config.values().size();
+  }
+  std::size_t left = 0;
+  for (const auto& [propertyId, value] : config.values()) {
+    const PropertyInfo* const info = objectClass->find(propertyId);
+    const method::ValueKind kind = method::kindOf(value);
+    if (info == nullptr || (info->group & propertyGroup) == 0) {
+      ++left;
+    } else if (kind == info->kind) {
+      object.set(propertyId, value);
+    } else if (kind == method::ValueKind::kNone) {
+      object.clear(propertyId);
+    } else {
+      ++left;
+    }
+  }
+  return left;
 }
 
 }  // namespace mo

@@ -84,7 +84,7 @@ TEST_F(CatalogTest, EveryArgument_HasAKnownTypeAndMethod) {
 }
 
 TEST_F(CatalogTest, EveryProperty_HasAKnownClassAndType) {
-  EXPECT_EQ(meta::Prop::all().size(), 20U);
+  EXPECT_EQ(meta::Prop::all().size(), 64U);
   for (const meta::Prop& prop : meta::Prop::all()) {
     EXPECT_NE(meta::Class::find(prop.classId), nullptr) << prop.name;
     EXPECT_NE(meta::Type::find(prop.typeId), nullptr) << prop.name;
@@ -98,9 +98,18 @@ TEST_F(CatalogTest, PropertiesOfABladesReport_HaveTheseNumbers) {
   EXPECT_EQ(meta::Type::find(meta::Prop::find(0x88d)->typeId)->name, "bool");
 }
 
+TEST_F(CatalogTest, Classes_HaveTheNamesThatPeopleRead) {
+  EXPECT_EQ(meta::Class::all().size(), 9U);
+  EXPECT_EQ(meta::Class::find(0x286)->name, "monitor");
+  EXPECT_EQ(meta::Class::find(0x302)->name, "slot");
+}
+
 TEST_F(CatalogTest, NameReference_IsFoundByItsProperty) {
   ASSERT_NE(meta::NameRef::findByProperty(0x87e), nullptr);
   EXPECT_EQ(meta::NameRef::findByProperty(0x87e)->classId, 0x28fU);
+  ASSERT_NE(meta::NameRef::findByProperty(0x3020), nullptr);
+  EXPECT_EQ(meta::NameRef::findByProperty(0x3020)->classId, 0x302U);
+  EXPECT_EQ(meta::NameRef::findByProperty(0x883), nullptr);
 }
 
 TEST_F(CatalogTest, ServiceAndItsDomain_AreKnown) {

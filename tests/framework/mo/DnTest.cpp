@@ -40,4 +40,15 @@ TEST(Dn, CutShort_IsRefused) {
   EXPECT_EQ(read, mo::Dn("sys/slot-3"));
 }
 
+TEST(EscapeStep, PlainIdentifier_StaysAsItIs) {
+  EXPECT_EQ(mo::escapeStep("sda1 (root)-\xc3\xa4"), "sda1 (root)-\xc3\xa4");
+  EXPECT_EQ(mo::escapeStep(""), "");
+}
+
+TEST(EscapeStep, SlashPercentAndControlCharacters_AreEscaped) {
+  EXPECT_EQ(mo::escapeStep("/dev/sda"), "%2Fdev%2Fsda");
+  EXPECT_EQ(mo::escapeStep("50%2F"), "50%252F");
+  EXPECT_EQ(mo::escapeStep(std::string_view("a\0b\n\x7f", 5)), "a%00b%0A%7F");
+}
+
 }  // namespace

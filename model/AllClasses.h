@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "framework/mo/Property.h"
+#include "model/sd/AppInstanceMo.h"
+#include "model/sd/ChassisMo.h"
+#include "model/sd/FaultMo.h"
+#include "model/sd/OperationMo.h"
+#include "model/sd/SlotMo.h"
+#include "model/sd/SystemMo.h"
+#include "model/sm/AppInstanceMo.h"
+#include "model/sm/DiskFileSystemMo.h"
+#include "model/sm/MonitorMo.h"
+
+namespace model {
+
+/// A list of classes of managed objects, to do something with each of them at compile time.
+template <class... Me>
+struct ClassList {
+  static constexpr std::size_t kSize = sizeof...(Me);
+  static constexpr std::array<const mo::ClassInfo*, kSize> kInfos{&Me::kClass...};
+};
+
+/// Every class of managed object: what blades report (sm) and what the engine keeps itself (sd).
+using AllClasses =
+    ClassList<sm::MonitorMo, sm::DiskFileSystemMo, sm::AppInstanceMo, sd::SystemMo, sd::ChassisMo,
+              sd::SlotMo, sd::AppInstanceMo, sd::OperationMo, sd::FaultMo>;
+
+}  // namespace model

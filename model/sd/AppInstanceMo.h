@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "framework/base/String.h"
+#include "framework/mo/Mo.h"
+
+namespace sd {
+
+/// An application instance that the engine believes to be on a blade, and what it wants of it.
+/// failedAt is in milliseconds since the epoch, UTC.
+class AppInstanceMo final : public mo::Mo {
+ public:
+  static constexpr std::uint32_t kClassId = 0x303;
+  static constexpr std::string_view kName = "appInstance";
+
+  static constexpr mo::Property<base::String> kAppInstanceId{0x3040, "appInstanceId", mo::kDurable,
+                                                             mo::kNamingGroup};
+  static constexpr mo::Property<base::String> kExpectedVersion{0x3041, "expectedVersion"};
+  // As sm::AppInstanceMo's state.
+  static constexpr mo::Property<std::uint8_t> kExpectedState{0x3042, "expectedState"};
+  static constexpr mo::Property<bool> kIsFailed{0x3043, "isFailed"};
+  static constexpr mo::Property<std::uint32_t> kFailures{0x3044, "failures"};
+  static constexpr mo::Property<std::uint64_t> kFailedAt{0x3045, "failedAt"};
+
+  static constexpr auto kProperties = mo::describe(kAppInstanceId, kExpectedVersion, kExpectedState,
+                                                   kIsFailed, kFailures, kFailedAt);
+  static constexpr mo::ClassInfo kClass{kClassId, kName, kProperties};
+
+  explicit AppInstanceMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}
+};
+
+}  // namespace sd
