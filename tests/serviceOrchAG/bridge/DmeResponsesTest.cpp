@@ -203,15 +203,6 @@ TEST_F(DmeResponses, EverySignallingCallback_LogsItsName) {
   EXPECT_EQ(log_.lines(), expected);
 }
 
-TEST_F(DmeResponses, PlatformImageThatIsWaitedFor_LogsItsValues) {
-  Waiter waiter("c");
-  PendingResponse pending(handler_, waiter.sync);
-  Answer<serverapi::OsControllerVersionMe> answer("c");
-  Svc::successRspServerapiOsControllerVersionCb(answer.me, "/images/p.bin", "0xAB", 4096);
-  ASSERT_EQ(log_.lines().size(), 2U);
-  EXPECT_TRUE(log_.contains(1, "imagePath = /images/p.bin, checkSum = 0xAB , imageSize = 4096"));
-}
-
 TEST_F(DmeResponses, AnswersWhileWaitersComeAndGo_NeverTouchAWaiterThatIsGone) {
   core_log::setLevel(8);
   std::thread engine([] {

@@ -183,21 +183,6 @@ TEST(InvalidActionResponse, Always_IsInvalidCommand) {
                                "Received platformInfoUpdate request with invalid action \"get\"")));
 }
 
-TEST(MissingTagError, Always_LogsAtLevelFive) {
-  LogCapture log;
-  MsgHandler::missingTagError("token", "register");
-  EXPECT_THAT(log.lines(), ElementsAre(LogLine{5, "missingTagError",
-                                               "No <token> tag found in the register request"}));
-}
-
-TEST(ExtraTagError, Always_LogsAtLevelEight) {
-  LogCapture log;
-  MsgHandler::extraTagError("Cpu", "platformInfoUpdate");
-  EXPECT_THAT(log.lines(), ElementsAre(LogLine{8, "extraTagError",
-                                               "More <Cpu> tag found in the platformInfoUpdate "
-                                               "request"}));
-}
-
 TEST(MissingTagError, FormatSpecifiers_AreTextOnly) {
   LogCapture log;
   MsgHandler::missingTagError("%s%n", "%d");

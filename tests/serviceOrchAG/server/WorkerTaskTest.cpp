@@ -122,13 +122,6 @@ class WorkerTaskTest : public testing::Test {
 
 // ----- Set-up -----------------------------------------------------------------------------------
 
-TEST_F(WorkerTaskTest, New_LogsItsSideAndNumber) {
-  const WorkerTask left(3, true);
-  const WorkerTask right(0, false);
-  EXPECT_THAT(log_.lines(), ElementsAre(LogLine{5, "WorkerTask", "Init LEFT WorkerTask 3"},
-                                        LogLine{5, "WorkerTask", "Init RIGHT WorkerTask 0"}));
-}
-
 TEST_F(WorkerTaskTest, AsATask_CarriesNothingAndIsNotCopied) {
   WorkerTask task(1, true);
   EXPECT_EQ(-1, task.id());

@@ -1,0 +1,175 @@
+#include <chrono>
+#include <future>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "serviceOrchAG/bridge/ClientMap.h"
+#include "serviceOrchAG/bridge/Response.h"
+#include "tests/serviceOrchAG/LogLines.h"
+#include "tests/support/Configured.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/ValidationAnswer.h"
+
+// The lines of the request handlers and of what they share.
+
+namespace zan_serviceOrchAG {
+namespace {
+
+using test_support::answerValidations;
+using test_support::Configured;
+using test_support::ManualClock;
+
+/// One request of slot 3; what it is answered is of no interest here.
+void request(TestGateway& gateway, const char* command, const std::string& document,
+             const char* identity = "sma_slot3") {
+  const std::unique_ptr<Response> response(
+      gateway.handler.handleCb(command, "", "id-1", document, identity));
+}
+
+// ----- Slot identity and host key ---------------------------------------------------------------
+
+void identityWithoutASlot() {
+  TestGateway gateway;
+  EXPECT_THROW(request(gateway, "heartbeat", "<x/>", "blade1"), std::invalid_argument);
+}
+
+void identityWithABrokenSlot() {
+  TestGateway gateway;
+  EXPECT_THROW(request(gateway, "heartbeat", "<x/>", "sma_slotX"), std::invalid_argument);
+}
+
+/// Registers with these tags below the request; the engine finds the blade valid.
+void registerBlade(const std::string& tags) {
+  const Configured configured({"supervisor.host_key=/nonexistent/key.pub"});
+  TestGateway gateway;
+  answerValidations(gateway.service, true, false, "engine's token");
+  request(gateway, "register", "<registerRequest>" + tags + "</registerRequest>");
+}
+
+void registerWithTheAddressOnly() {
+  registerBlade("<bladeSlotId>3</bladeSlotId><ip>10.0.0.3</ip><port>5560</port>");
+}
+
+constexpr LogRow kSlotIdentity[] = {
+    {"getIdentitySlotId", 8, identityWithoutASlot,
+     "SMA sending wrong client identity. Got = blade1  Expected = sma_slot<#ID>"},
+    {"getIdentitySlotId", 8, identityWithABrokenSlot,
+     "Exception caught for sma_slotX : slot Id [X] : not a decimal number: 'X'"},
+    {"getZedPubKey", 1, registerWithTheAddressOnly, "Unable to Open file : /nonexistent/key.pub"},
+};
+static_assert(std::size(kSlotIdentity) == 3, "a row for each line of handlers/SlotIdentity.cpp");
+INSTANTIATE_TEST_SUITE_P(SlotIdentity, LogLines, testing::ValuesIn(kSlotIdentity));
+
+// ----- Register ---------------------------------------------------------------------------------
+
+void registerWithoutAnAnswer() {
+  TestGateway gateway;
+  std::future<void> registration;  // outlives the clock, whose end lets it end
+  ManualClock clock;
+  registration = std::async(std::launch::async, [&gateway] {
+    request(gateway, "register",
+            "<registerRequest><bladeSlotId>3</bladeSlotId><ip>10.0.0.3</ip><port>5560</port>"
+            "</registerRequest>");
+  });
+  ASSERT_TRUE(clock.waitForDeadline(std::chrono::seconds(20)));
+  clock.advance(std::chrono::seconds(20));
+  registration.get();
+}
+
+constexpr LogRow kRegister[] = {
+    {"AG_registerReqCb", 1, registerWithTheAddressOnly,
+     "Triggering ValidateBladeState method for slot : 3, Message ID : id-1"},
+    {"AG_registerReqCb", 1, registerWithTheAddressOnly,
+     "ValidateBladeState : wait... for slot : 3, Message ID : id-1 "},
+    {"AG_registerReqCb", 8, registerWithoutAnAnswer,
+     "DME timeout during ValidateBladeState for slot : 3, Message ID : id-1"},
+    {"AG_registerReqCb", 1, registerWithTheAddressOnly,
+     "Message ID  = id-1, slotId = 3, bladeValid = true, shouldRetry = false, token = engine's "
+     "token"},
+    {"AG_registerReqCb", 1, registerWithTheAddressOnly,
+     "Triggering OsControllerVersion method for slot : 3, Message ID : id-1"},
+};
+static_assert(std::size(kRegister) == 5, "a row for each line of handlers/Register.cpp");
+INSTANTIATE_TEST_SUITE_P(Register, LogLines, testing::ValuesIn(kRegister));
+
+void registerWithNothing() {
+  registerBlade("");
+}
+
+void registerWithTheSlotOnly() {
+  registerBlade("<bladeSlotId>3</bladeSlotId>");
+}
+
+void registerWithoutAPort() {
+  registerBlade("<bladeSlotId>3</bladeSlotId><ip>10.0.0.3</ip>");
+}
+
+void registerWithEmptyImages() {
+  registerBlade(
+      "<bladeSlotId>3</bladeSlotId><ip>10.0.0.3</ip><port>5560</port>"
+      "<cachePlatformImage/><runningPlatformImage/>");
+}
+
+constexpr LogRow kRegisterTags[] = {
+    {"errorResponse", 6, registerWithNothing, "No <bladeSlotId> tag found in the register request"},
+    {"errorResponse", 6, registerWithTheSlotOnly, "No <ip> tag found in the register request"},
+    {"errorResponse", 6, registerWithoutAPort, "No <port> tag found in the register request"},
+    {"missingTagError", 5, registerWithTheAddressOnly,
+     "No <token> tag found in the register request"},
+    {"missingTagError", 5, registerWithTheAddressOnly,
+     "No <authorizedPubKey> tag found in the register request"},
+    {"missingTagError", 5, registerWithTheAddressOnly,
+     "No <bladeCurrTime> tag found in the register request"},
+    {"missingTagError", 5, registerWithTheAddressOnly,
+     "No <upTime> tag found in the register request"},
+    {"missingTagError", 5, registerWithTheAddressOnly,
+     "No <cachePlatformImage> tag found in the register request"},
+    {"missingTagError", 5, registerWithTheAddressOnly,
+     "No <runningPlatformImage> tag found in the register request"},
+    {"missingTagError", 5, registerWithEmptyImages,
+     "No <osVersion> tag found in the register request", 2},
+    {"missingTagError", 5, registerWithEmptyImages,
+     "No <imageName> tag found in the register request", 2},
+    {"missingTagError", 5, registerWithEmptyImages, "No <size> tag found in the register request",
+     2},
+    {"missingTagError", 5, registerWithEmptyImages,
+     "No <checksum> tag found in the register request", 2},
+};
+static_assert(std::size(kRegisterTags) == 3 + 6 + 4,
+              "a row for each tag that a request must, should, and each of its images should hold");
+INSTANTIATE_TEST_SUITE_P(RegisterTags, LogLines, testing::ValuesIn(kRegisterTags));
+
+// ----- Heartbeat --------------------------------------------------------------------------------
+
+void heartbeat(const std::string& tags) {
+  TestGateway gateway;
+  createSMAClient("3", "10.0.0.3", "5560", true);
+  request(gateway, "heartbeat", "<heartbeatRequest>" + tags + "</heartbeatRequest>");
+}
+
+void heartbeatWithNothing() {
+  heartbeat("");
+}
+
+void heartbeatWithWords() {
+  heartbeat("<count> often </count><timer>12s</timer>");
+}
+
+constexpr LogRow kHeartbeat[] = {
+    {"missingTagError", 5, heartbeatWithNothing, "No <count> tag found in the heartbeat request"},
+    {"missingTagError", 5, heartbeatWithNothing, "No <timer> tag found in the heartbeat request"},
+    {"AG_heartbeatReqCb", 8, heartbeatWithWords,
+     "Heartbeat exception caught for slot[3]: count[often] : not a decimal number: 'often'"},
+    {"AG_heartbeatReqCb", 8, heartbeatWithWords,
+     "Heartbeat exception caught for slot[3]: timer[12s] : not a decimal number: '12s'"},
+    {"AG_heartbeatReqCb", 1, heartbeatWithNothing,
+     "Triggering UpdateSmaHeartbeat method for slot : 3, Message ID : id-1"},
+};
+static_assert(std::size(kHeartbeat) == 2 + 2 + 1,
+              "two rows for each tag of a heartbeat, and one for the call of the engine");
+INSTANTIATE_TEST_SUITE_P(Heartbeat, LogLines, testing::ValuesIn(kHeartbeat));
+
+}  // namespace
+}  // namespace zan_serviceOrchAG
