@@ -30,6 +30,8 @@ class AgElement {
   std::vector<AgElement*> children() const;
   // The first direct child of that name, or null.
   AgElement* findChild(const base::String& name) const;
+  // The last direct child of that name, or null.
+  AgElement* findLastChild(const base::String& name) const;
   // All direct children of that name in document order.
   std::vector<AgElement*> findChildren(const base::String& name) const;
   // All elements of that name below this one, at any depth, in document order; this element

@@ -23,8 +23,8 @@ Response* MsgHandler::AG_appFailureReqCb(const std::string& messageId,
                                          const std::string& /*action*/, const std::string& document,
                                          int slot) {
   auto response = std::make_unique<Response>();
-  const RequestTags tags = readRequestTags(document, words().appFailureName);
-  const std::optional<base::String> appInstance = tags.value(names().appInstanceId);
+  const RequestTree tree(document, words().appFailureName);
+  const std::optional<base::String> appInstance = tree.tags().value(names().appInstanceId);
   if (!appInstance) {
     missingTagResponse(names().appInstanceId.str(), words().appFailureName, response.get());
     return response.release();

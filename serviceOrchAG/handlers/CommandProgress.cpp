@@ -168,12 +168,11 @@ class ReportReader {
 
 /// People read this text, so it stays as the blade sent it, blanks included.
 base::String readErrorDesc(const RequestTags& tags) {
-  const base::String* const sent = tags.find(names().errorDesc);
-  if (sent == nullptr) {
+  std::optional<base::String> sent = tags.valueAsSent(names().errorDesc);
+  if (!sent) {
     MsgHandler::missingTagError(names().errorDesc.str(), words().commandProgressUpdateName);
-    return {};
   }
-  return *sent;
+  return std::move(sent).value_or(base::String());
 }
 
 /// The engine's number of the state of a platform image's upload.
@@ -255,7 +254,8 @@ Response* MsgHandler::AG_commandProgressUpdateReqCb(const std::string& messageId
     return invalidActionResponse(action, words().commandProgressUpdateName, nullptr);
   }
   auto response = std::make_unique<Response>();
-  const RequestTags tags = readRequestTags(document, words().commandProgressUpdateName);
+  const RequestTree tree(document, words().commandProgressUpdateName);
+  const RequestTags tags = tree.tags();
   Report report;
   if (!ReportReader(tags, *response).read(report)) {
     return response.release();

@@ -26,9 +26,8 @@ using core_log::serviceLevel;
 /// 0, after a line in the log, when the tag is missing or holds no number.
 std::uint32_t readNumber(const RequestTags& tags, const base::String& tag, int slot) {
   std::uint32_t number = 0;
-  const std::optional<base::String> value = tags.value(tag);
+  const std::optional<base::String> value = tags.expectedValue(tag);
   if (!value) {
-    MsgHandler::missingTagError(tag.str(), words().heartbeatName);
     return number;
   }
   try {
@@ -56,7 +55,8 @@ const Response& okReply() {
 
 Response* MsgHandler::AG_heartbeatReqCb(const std::string& messageId, const std::string& /*action*/,
                                         const std::string& document, int slot) {
-  const RequestTags tags = readRequestTags(document, words().heartbeatName);
+  const RequestTree tree(document, words().heartbeatName);
+  const RequestTags tags = tree.tags();
   const std::uint32_t count = readNumber(tags, names().count, slot);
   const std::uint32_t timer = readNumber(tags, names().timer, slot);
   logPrintf("AG_heartbeatReqCb", serviceLevel(), 1,

@@ -72,9 +72,9 @@ bool isChecksum(const base::String& tag) {
   return base::Regexp::split(tag, separator).front() == names().checksum;
 }
 
-void checkChecksum(const RequestTags& image) {
-  for (const auto& [tag, value] : image.all()) {
-    if (isChecksum(tag)) {
+void checkChecksum(const noxxml::AgElement& image) {
+  for (const noxxml::AgElement* tag : image.children()) {
+    if (isChecksum(tag->name())) {
       return;
     }
   }
@@ -93,10 +93,10 @@ Image readImage(const RequestTree& document, const base::String& element, unsign
   image.osVersion = tags.valueOrEmpty(names().osVersion);
   image.imageName = tags.valueOrEmpty(names().imageName);
   const base::String sizeText = tags.valueOrEmpty(names().size);
-  if (tags.find(names().size) != nullptr) {
+  if (tags.has(names().size)) {
     size = static_cast<unsigned int>(std::strtol(sizeText.c_str(), nullptr, 10));
   }
-  checkChecksum(tags);
+  checkChecksum(*elements.front());
   return image;
 }
 

@@ -6,33 +6,39 @@
 
 namespace zan_serviceOrchAG {
 
-const base::String* RequestTags::find(const base::String& tag) const {
-  const auto entry = values_.find(tag);
-  return entry == values_.end() ? nullptr : &entry->second;
+bool RequestTags::has(const base::String& tag) const {
+  return element_ != nullptr && element_->findLastChild(tag) != nullptr;
+}
+
+std::optional<base::String> RequestTags::valueAsSent(const base::String& tag) const {
+  const noxxml::AgElement* const found =
+      element_ == nullptr ? nullptr : element_->findLastChild(tag);
+  return found == nullptr ? std::nullopt : std::optional(found->text());
 }
 
 std::optional<base::String> RequestTags::value(const base::String& tag) const {
-  const base::String* const sent = find(tag);
-  return sent == nullptr ? std::nullopt : std::optional(trim(*sent));
+  std::optional<base::String> sent = valueAsSent(tag);
+  return sent ? std::optional(trim(*std::move(sent))) : std::nullopt;
 }
 
-base::String RequestTags::valueOrEmpty(const base::String& tag) const {
+std::optional<base::String> RequestTags::expectedValue(const base::String& tag) const {
   std::optional<base::String> trimmed = value(tag);
   if (!trimmed) {
     MsgHandler::missingTagError(tag.str(), command_);
   }
-  return std::move(trimmed).value_or(base::String());
+  return trimmed;
 }
 
-RequestTags readRequestTags(const std::string& document, const std::string& command) {
-  return {noxxml::XMLConverter::xml2map(document, command + envelope::kRequestSuffix), command};
+base::String RequestTags::valueOrEmpty(const base::String& tag) const {
+  return expectedValue(tag).value_or(base::String());
 }
 
 RequestTree::RequestTree(const std::string& document, const std::string& command)
     : command_(command), root_(converter_.xmlDeserialize(document)) {}
 
 RequestTags RequestTree::tags() const {
-  return {noxxml::XMLConverter::xml2map(root_, command_ + envelope::kRequestSuffix), command_};
+  const bool isRequest = root_ != nullptr && root_->name() == command_ + envelope::kRequestSuffix;
+  return {isRequest ? root_ : nullptr, command_};
 }
 
 std::vector<noxxml::AgElement*> RequestTree::findAll(const base::String& name) const {
@@ -40,10 +46,6 @@ std::vector<noxxml::AgElement*> RequestTree::findAll(const base::String& name) c
     return {};
   }
   return root_->xmlFindAllElementsCb(name);
-}
-
-RequestTags RequestTree::tagsOf(const noxxml::AgElement& element) const {
-  return {noxxml::XMLConverter::xml2map(&element, element.name()), command_};
 }
 
 }  // namespace zan_serviceOrchAG

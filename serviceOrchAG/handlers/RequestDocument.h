@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,51 +10,50 @@
 
 namespace zan_serviceOrchAG {
 
-/// The tags of a request, or of one group in it, by name, with their values.
+/// The tags directly below one element of a request, with their values. Of several with one name
+/// the last one counts.
 class RequestTags {
  public:
-  using Map = std::map<base::String, base::String>;
+  /// Without an element every tag is missing. `command` is the request's command name and stands in
+  /// the log lines. Both are borrowed.
+  RequestTags(const noxxml::AgElement* element, const std::string& command)
+      : element_(element), command_(command) {}
 
-  /// `command` is the request's command name and stands in the log lines; it is borrowed.
-  RequestTags(Map values, const std::string& command)
-      : values_(std::move(values)), command_(command) {}
+  bool has(const base::String& tag) const;
 
-  /// The value as sent, or null when the tag is missing. Valid as long as the object.
-  const base::String* find(const base::String& tag) const;
+  /// The value as sent, or nothing when the tag is missing.
+  std::optional<base::String> valueAsSent(const base::String& tag) const;
 
   /// The trimmed value, or nothing when the tag is missing.
   std::optional<base::String> value(const base::String& tag) const;
 
+  /// The trimmed value, or nothing, after a line in the log, when the tag is missing.
+  std::optional<base::String> expectedValue(const base::String& tag) const;
+
   /// The trimmed value; a missing tag is logged and counts as empty.
   base::String valueOrEmpty(const base::String& tag) const;
 
-  const Map& all() const { return values_; }
-
  private:
-  Map values_;
+  const noxxml::AgElement* element_;
   const std::string& command_;
 };
 
-/// The tags directly below the root of a request document. None when the text is no document or the
-/// root is not `command` followed by "Request".
-RequestTags readRequestTags(const std::string& document, const std::string& command);
-
-/// A request document with its groups: elements that hold tags of their own.
+/// A request document: tags, and groups, which are elements that hold tags of their own.
 ///
-/// Elements live as long as the object.
+/// Elements and tags are valid as long as the object.
 class RequestTree {
  public:
   /// `command` as in RequestTags. A text that is no document makes a tree without elements.
   RequestTree(const std::string& document, const std::string& command);
 
-  /// The tags directly below the root; none when the root has another name than the request's.
+  /// The tags directly below the root; none unless the root is `command` followed by "Request".
   RequestTags tags() const;
 
   /// All elements of that name at any depth, in document order.
   std::vector<noxxml::AgElement*> findAll(const base::String& name) const;
 
   /// The tags directly below an element.
-  RequestTags tagsOf(const noxxml::AgElement& element) const;
+  RequestTags tagsOf(const noxxml::AgElement& element) const { return {&element, command_}; }
 
  private:
   const std::string& command_;

@@ -379,6 +379,8 @@ TEST_F(TreeTest, FindChild_IsTheFirstDirectOne) {
 TEST_F(TreeTest, FindChildren_AreAllDirectOnes) {
   ASSERT_NE(root_, nullptr);
   EXPECT_THAT(texts(root_->findChildren("a")), ElementsAre("1", "5"));
+  EXPECT_EQ(root_->findLastChild("a"), root_->findChildren("a").back());
+  EXPECT_EQ(root_->findLastChild("h"), nullptr);
   EXPECT_THAT(root_->findChildren("h"), IsEmpty());
 }
 

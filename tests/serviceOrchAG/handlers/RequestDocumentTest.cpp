@@ -19,39 +19,63 @@ using testing::IsEmpty;
 const std::string kCommand = "register";
 
 TEST(RequestTags, Values_AreTrimmed) {
-  const RequestTags tags =
-      readRequestTags("<registerRequest><ip>\t 10.0.0.3 \n</ip></registerRequest>", kCommand);
+  const RequestTree tree("<registerRequest><ip>\t 10.0.0.3 \n</ip></registerRequest>", kCommand);
+  const RequestTags tags = tree.tags();
+  EXPECT_TRUE(tags.has("ip"));
+  EXPECT_EQ(base::String("\t 10.0.0.3 \n"), tags.valueAsSent("ip"));
   EXPECT_EQ(base::String("10.0.0.3"), tags.value("ip"));
+  EXPECT_EQ(base::String("10.0.0.3"), tags.expectedValue("ip"));
   EXPECT_EQ(base::String("10.0.0.3"), tags.valueOrEmpty("ip"));
-  ASSERT_NE(nullptr, tags.find("ip"));
-  EXPECT_EQ(base::String("\t 10.0.0.3 \n"), *tags.find("ip"));
 }
 
 TEST(RequestTags, EmptyElement_IsNotMissing) {
   LogCapture log;
-  const RequestTags tags = readRequestTags("<registerRequest><ip/></registerRequest>", kCommand);
+  const RequestTree tree("<registerRequest><ip/></registerRequest>", kCommand);
+  const RequestTags tags = tree.tags();
+  EXPECT_TRUE(tags.has("ip"));
+  EXPECT_EQ(base::String(""), tags.valueAsSent("ip"));
   EXPECT_EQ(base::String(""), tags.value("ip"));
+  EXPECT_EQ(base::String(""), tags.expectedValue("ip"));
   EXPECT_EQ(base::String(""), tags.valueOrEmpty("ip"));
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST(RequestTags, MissingTag_IsLoggedOnlyWhenItCountsAsEmpty) {
+TEST(RequestTags, MissingTag_IsLoggedWhenItIsExpected) {
   LogCapture log;
-  const RequestTags tags = readRequestTags("<registerRequest/>", kCommand);
-  EXPECT_EQ(nullptr, tags.find("ip"));
+  const RequestTree tree("<registerRequest/>", kCommand);
+  const RequestTags tags = tree.tags();
+  EXPECT_FALSE(tags.has("ip"));
+  EXPECT_EQ(std::nullopt, tags.valueAsSent("ip"));
   EXPECT_EQ(std::nullopt, tags.value("ip"));
   EXPECT_THAT(log.lines(), IsEmpty());
+  const LogLine line{5, "missingTagError", "No <ip> tag found in the register request"};
+  EXPECT_EQ(std::nullopt, tags.expectedValue("ip"));
+  EXPECT_THAT(log.lines(), ElementsAre(line));
   EXPECT_EQ(base::String(""), tags.valueOrEmpty("ip"));
-  EXPECT_THAT(log.lines(), ElementsAre(LogLine{5, "missingTagError",
-                                               "No <ip> tag found in the register request"}));
+  EXPECT_THAT(log.lines(), ElementsAre(line, line));
+}
+
+TEST(RequestTags, SeveralOfOneName_TheLastCounts) {
+  const RequestTree tree(
+      "<registerRequest><ip>1</ip><port>9</port><ip>2</ip><deep><ip>3</ip></deep>"
+      "</registerRequest>",
+      kCommand);
+  EXPECT_EQ(base::String("2"), tree.tags().value("ip"));
+}
+
+TEST(RequestTags, ValueAmongChildren_IsTheOwnText) {
+  const RequestTree tree(
+      "<registerRequest ip='0'><ip a='b'>1<x>2</x><![CDATA[<3>]]>&amp;</ip></registerRequest>",
+      kCommand);
+  EXPECT_EQ(base::String("1<3>&"), tree.tags().value("ip"));
+  EXPECT_EQ(std::nullopt, tree.tags().value("x"));
 }
 
 TEST(RequestTags, NoSuchDocument_HasNoTags) {
-  EXPECT_THAT(readRequestTags("", kCommand).all(), IsEmpty());
-  EXPECT_THAT(readRequestTags("no document", kCommand).all(), IsEmpty());
-  EXPECT_THAT(readRequestTags("<registerRequest><ip>", kCommand).all(), IsEmpty());
-  EXPECT_THAT(readRequestTags("<register><ip>1</ip></register>", kCommand).all(), IsEmpty());
-  EXPECT_THAT(readRequestTags("\xff\xfe", kCommand).all(), IsEmpty());
+  for (const char* document : {"", "no document", "<registerRequest><ip>",
+                               "<register><ip>1</ip></register>", "\xff\xfe"}) {
+    EXPECT_FALSE(RequestTree(document, kCommand).tags().has("ip")) << document;
+  }
 }
 
 TEST(RequestTree, Tags_AreThoseBelowTheRoot) {
@@ -72,14 +96,14 @@ TEST(RequestTree, FindAll_ReachesEveryDepthInOrder) {
 }
 
 TEST(RequestTree, NoDocument_HasNothing) {
-  const RequestTree tree("<registerRequest>", kCommand);
-  EXPECT_THAT(tree.tags().all(), IsEmpty());
+  const RequestTree tree("<registerRequest><ip>1</ip><g>", kCommand);
+  EXPECT_FALSE(tree.tags().has("ip"));
   EXPECT_THAT(tree.findAll("g"), IsEmpty());
 }
 
 TEST(RequestTree, OtherRoot_HasGroupsButNoTags) {
   const RequestTree tree("<other><ip>1</ip></other>", kCommand);
-  EXPECT_THAT(tree.tags().all(), IsEmpty());
+  EXPECT_FALSE(tree.tags().has("ip"));
   EXPECT_EQ(1U, tree.findAll("ip").size());
 }
 
