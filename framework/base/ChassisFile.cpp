@@ -99,8 +99,62 @@ Found readChassis(const toml::table& table, ChassisDescription& chassis) {
   return std::nullopt;
 }
 
+Found readAppState(const toml::table& table, ChassisDescription::App& app) {
+  const toml::node* const node = table.get("state");
+  if (node == nullptr) {
+    return std::nullopt;
+  }
+  const auto word = node->value_exact<std::string_view>();
+  if (word == "started") {
+    app.state = ChassisDescription::App::State::kStarted;
+  } else if (word == "stopped") {
+    app.state = ChassisDescription::App::State::kStopped;
+  } else {
+    return wrongAt(*node, "'state' must be \"started\" or \"stopped\"");
+  }
+  return std::nullopt;
+}
+
+Found readApp(const toml::table& table, ChassisDescription::App& app) {
+  if (Found found = refuseOtherKeys(table, {"id", "version", "state"}, "an app")) {
+    return found;
+  }
+  if (Found found = readText(table, "id", app.id)) {
+    return found;
+  }
+  if (app.id.empty()) {
+    return wrongAt(table, "an app has no 'id'");
+  }
+  if (Found found = readText(table, "version", app.version)) {
+    return found;
+  }
+  return readAppState(table, app);
+}
+
+Found readApps(const toml::table& table, std::vector<ChassisDescription::App>& apps) {
+  const toml::node* const node = table.get("apps");
+  if (node == nullptr) {
+    return std::nullopt;
+  }
+  const toml::array* const array = node->as_array();
+  if (array == nullptr || array->size() > kMostAppsPerSlot) {
+    return wrongAt(*node, "'apps' must be a list of up to " + std::to_string(kMostAppsPerSlot) +
+                              " apps, each as {id = \"...\"}");
+  }
+  for (const toml::node& each : *array) {
+    const toml::table* const app = each.as_table();
+    if (app == nullptr) {
+      return wrongAt(each, "an app must be given as {id = \"...\"}");
+    }
+    if (Found found = readApp(*app, apps.emplace_back())) {
+      return found;
+    }
+  }
+  return std::nullopt;
+}
+
 Found readSlot(const toml::table& table, ChassisDescription::Slot& slot) {
-  if (Found found = refuseOtherKeys(table, {"number", "name"}, "[[slot]]")) {
+  if (Found found = refuseOtherKeys(table, {"number", "name", "apps"}, "[[slot]]")) {
     return found;
   }
   if (!table.contains("number")) {
@@ -109,7 +163,10 @@ Found readSlot(const toml::table& table, ChassisDescription::Slot& slot) {
   if (Found found = readNumber(table, "number", kHighestSlot, slot.number)) {
     return found;
   }
-  return readText(table, "name", slot.name);
+  if (Found found = readText(table, "name", slot.name)) {
+    return found;
+  }
+  return readApps(table, slot.apps);
 }
 
 Found readSlots(const toml::node& node, ChassisDescription& chassis) {
@@ -118,6 +175,7 @@ Found readSlots(const toml::node& node, ChassisDescription& chassis) {
     return wrongAt(node, "'slot' must be given as [[slot]], once for each slot");
   }
   std::set<std::uint32_t> numbers;
+  std::set<std::string> apps;
   for (const toml::node& each : *array) {
     ChassisDescription::Slot slot;
     if (Found found = readSlot(*each.as_table(), slot)) {
@@ -125,6 +183,11 @@ Found readSlots(const toml::node& node, ChassisDescription& chassis) {
     }
     if (!numbers.insert(slot.number).second) {
       return wrongAt(each, "slot " + std::to_string(slot.number) + " is described twice");
+    }
+    for (const ChassisDescription::App& app : slot.apps) {
+      if (!apps.insert(app.id).second) {
+        return wrongAt(each, "app " + quoted(app.id) + " is described twice");
+      }
     }
     chassis.slots.push_back(std::move(slot));
   }

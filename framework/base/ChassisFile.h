@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,12 +11,23 @@ namespace base {
 
 // The slot numbers that exist anywhere in the system: 1 to this one.
 inline constexpr std::uint32_t kHighestSlot = 16384;
+// As many application instances can be in one slot.
+inline constexpr std::size_t kMostAppsPerSlot = 256;
 
 // A chassis and the slots that it has.
 struct ChassisDescription {
+  // An application instance that is to be on the slot's blade.
+  struct App {
+    enum class State { kAny, kStarted, kStopped };
+
+    std::string id;
+    std::string version;  // empty for any
+    State state = State::kAny;
+  };
   struct Slot {
     std::uint32_t number = 0;
     std::string name;
+    std::vector<App> apps;
   };
 
   std::uint32_t id = 1;
@@ -36,6 +48,12 @@ struct ChassisDescription {
 //   [[slot]]             # once for each slot
 //   number = 3           # 1 to kHighestSlot
 //   name = "left"        # may be left out
+//   apps = [             # application instances that are to be there; may be left out
+//     {id = "a1", version = "1.0", state = "started"},   # or "stopped"
+//     {id = "a2"},       # any version, any state
+//   ]
+//
+// An application instance is in one slot only, and a slot has up to kMostAppsPerSlot of them.
 //
 // An error is one line that names the source, the line where there is one, and the cause.
 // Thread-safe.

@@ -63,11 +63,67 @@ TEST(ChassisFile, Mistakes_AreNamedWithTheirLine) {
       {"[chassis]\nnam = \"a\"\n",
        "c.toml:2: unknown key 'nam'; [chassis] has 'id', 'name', 'model', 'serial'"},
       {"[[slot]]\nnumber = 1\nnumer = 1\n",
-       "c.toml:3: unknown key 'numer'; [[slot]] has 'number', 'name'"},
+       "c.toml:3: unknown key 'numer'; [[slot]] has 'number', 'name', 'apps'"},
       {"[[slots]]\nnumber = 1\n", "c.toml:1: unknown key 'slots'; the file has 'chassis', 'slot'"},
   };
   for (const auto& each : kCases) {
     EXPECT_EQ(errorOf(each.text), each.error) << each.text;
+  }
+}
+
+TEST(ChassisFile, Apps_AreReadWithWhatIsLeftOut) {
+  const auto chassis = parseChassisText(
+      "[[slot]]\nnumber = 3\napps = [\n"
+      "  {id = \"a1\", version = \"1.0\", state = \"started\"},\n"
+      "  {id = \"b/2\", state = \"stopped\"},\n  {id = \"c3\"},\n]\n"
+      "[[slot]]\nnumber = 4\napps = []\n",
+      "c.toml");
+  ASSERT_TRUE(chassis) << chassis.error();
+  using State = ChassisDescription::App::State;
+  const auto& apps = chassis->slots[0].apps;
+  ASSERT_EQ(apps.size(), 3u);
+  EXPECT_EQ(apps[0].id, "a1");
+  EXPECT_EQ(apps[0].version, "1.0");
+  EXPECT_EQ(apps[0].state, State::kStarted);
+  EXPECT_EQ(apps[1].id, "b/2");
+  EXPECT_EQ(apps[1].version, "");
+  EXPECT_EQ(apps[1].state, State::kStopped);
+  EXPECT_EQ(apps[2].state, State::kAny);
+  EXPECT_TRUE(chassis->slots[1].apps.empty());
+}
+
+TEST(ChassisFile, MistakesInApps_AreNamedWithTheirLine) {
+  const std::string slot = "[[slot]]\nnumber = 1\n";
+  std::string many;
+  for (int i = 0; i < 257; ++i) {
+    many += "{id = \"a" + std::to_string(i) + "\"},";
+  }
+  const struct {
+    std::string text;
+    const char* error;
+  } kCases[] = {
+      {"apps = 3\n", "c.toml:3: 'apps' must be a list of up to 256 apps, each as {id = \"...\"}"},
+      {"apps = [" + many + "]\n",
+       "c.toml:3: 'apps' must be a list of up to 256 apps, each as {id = \"...\"}"},
+      {"apps = [\n\"a1\"]\n", "c.toml:4: an app must be given as {id = \"...\"}"},
+      {"apps = [\n{version = \"1\"}]\n", "c.toml:4: an app has no 'id'"},
+      {"apps = [{id = \"\"}]\n", "c.toml:3: an app has no 'id'"},
+      {"apps = [{id = 7}]\n",
+       "c.toml:3: 'id' must be a text of up to 255 bytes without control characters"},
+      {"apps = [{id = \"a\", version = 1.0}]\n",
+       "c.toml:3: 'version' must be a text of up to 255 bytes without control characters"},
+      {"apps = [{id = \"a\", state = \"running\"}]\n",
+       "c.toml:3: 'state' must be \"started\" or \"stopped\""},
+      {"apps = [{id = \"a\", state = true}]\n",
+       "c.toml:3: 'state' must be \"started\" or \"stopped\""},
+      {"apps = [{id = \"a\", name = \"b\"}]\n",
+       "c.toml:3: unknown key 'name'; an app has 'id', 'version', 'state'"},
+      {"apps = [{id = \"a\"}, {id = \"a\"}]\n", "c.toml:1: app 'a' is described twice"},
+      {"apps = [{id = \"a\"}]\n[[slot]]\nnumber = 2\napps = [{id = \"a\"}]\n",
+       "c.toml:4: app 'a' is described twice"},
+  };
+  for (const auto& each : kCases) {
+    EXPECT_EQ(errorOf(slot + each.text), each.error) << each.text;
   }
 }
 
