@@ -23,21 +23,29 @@ using test_support::ManualClock;
 
 /// One request of slot 3; what it is answered is of no interest here.
 void request(TestGateway& gateway, const char* command, const std::string& document,
-             const char* identity = "sma_slot3") {
+             const char* action = "", const char* identity = "sma_slot3") {
   const std::unique_ptr<Response> response(
-      gateway.handler.handleCb(command, "", "id-1", document, identity));
+      gateway.handler.handleCb(command, action, "id-1", document, identity));
+}
+
+/// One request of slot 3, whose blade is registered and valid.
+void requestOfAKnownBlade(const char* command, const std::string& document,
+                          const char* action = "") {
+  TestGateway gateway;
+  createSMAClient("3", "10.0.0.3", "5560", true);
+  request(gateway, command, document, action);
 }
 
 // ----- Slot identity and host key ---------------------------------------------------------------
 
 void identityWithoutASlot() {
   TestGateway gateway;
-  EXPECT_THROW(request(gateway, "heartbeat", "<x/>", "blade1"), std::invalid_argument);
+  EXPECT_THROW(request(gateway, "heartbeat", "<x/>", "", "blade1"), std::invalid_argument);
 }
 
 void identityWithABrokenSlot() {
   TestGateway gateway;
-  EXPECT_THROW(request(gateway, "heartbeat", "<x/>", "sma_slotX"), std::invalid_argument);
+  EXPECT_THROW(request(gateway, "heartbeat", "<x/>", "", "sma_slotX"), std::invalid_argument);
 }
 
 /// Registers with these tags below the request; the engine finds the blade valid.
@@ -143,18 +151,14 @@ INSTANTIATE_TEST_SUITE_P(RegisterTags, LogLines, testing::ValuesIn(kRegisterTags
 
 // ----- Heartbeat --------------------------------------------------------------------------------
 
-void heartbeat(const std::string& tags) {
-  TestGateway gateway;
-  createSMAClient("3", "10.0.0.3", "5560", true);
-  request(gateway, "heartbeat", "<heartbeatRequest>" + tags + "</heartbeatRequest>");
-}
-
 void heartbeatWithNothing() {
-  heartbeat("");
+  requestOfAKnownBlade("heartbeat", "<heartbeatRequest/>");
 }
 
 void heartbeatWithWords() {
-  heartbeat("<count> often </count><timer>12s</timer>");
+  requestOfAKnownBlade("heartbeat",
+                       "<heartbeatRequest><count> often </count><timer>12s</timer>"
+                       "</heartbeatRequest>");
 }
 
 constexpr LogRow kHeartbeat[] = {
@@ -170,6 +174,71 @@ constexpr LogRow kHeartbeat[] = {
 static_assert(std::size(kHeartbeat) == 2 + 2 + 1,
               "two rows for each tag of a heartbeat, and one for the call of the engine");
 INSTANTIATE_TEST_SUITE_P(Heartbeat, LogLines, testing::ValuesIn(kHeartbeat));
+
+// ----- Application failure ----------------------------------------------------------------------
+
+void appFailure() {
+  requestOfAKnownBlade("appFailure",
+                       "<appFailureRequest><appInstanceId>17</appInstanceId></appFailureRequest>");
+}
+
+void appFailureWithNothing() {
+  requestOfAKnownBlade("appFailure", "<appFailureRequest/>");
+}
+
+constexpr LogRow kAppFailure[] = {
+    {"errorResponse", 6, appFailureWithNothing,
+     "No <appInstanceId> tag found in the appFailure request"},
+    {"AG_appFailureReqCb", 5, appFailure,
+     "Received appFailure request for appInstance slot[3]: 17"},
+    {"AG_appFailureReqCb", 1, appFailure,
+     "Triggering NotifyAppFailure method for slot : 3, Message ID : id-1"},
+};
+static_assert(std::size(kAppFailure) == 1 + 2,
+              "a row for the tag that a report must hold, and for each line of "
+              "handlers/AppFailure.cpp");
+INSTANTIATE_TEST_SUITE_P(AppFailure, LogLines, testing::ValuesIn(kAppFailure));
+
+// ----- Command progress -------------------------------------------------------------------------
+
+/// A report with these tags before the ones that no line here depends on.
+void progress(const std::string& tags) {
+  requestOfAKnownBlade("commandProgress",
+                       "<commandProgressUpdateRequest>" + tags +
+                           "<operProgress>50</operProgress><operStatus>running</operStatus>"
+                           "<code>102</code><ack>no</ack></commandProgressUpdateRequest>",
+                       "update");
+}
+
+void progressOfAnInstance() {
+  progress("<appInstanceId>17</appInstanceId><operCmd>app.startApp</operCmd>");
+}
+
+void progressOfADiskFormat() {
+  progress("<appInstanceId>-1</appInstanceId><operCmd>formatDisk</operCmd><errorDesc/>");
+}
+
+void progressOfAnImageUpload() {
+  progress("<appInstanceId>-1</appInstanceId><operCmd>uploadPlatformImage</operCmd><errorDesc/>");
+}
+
+constexpr LogRow kCommandProgress[] = {
+    {"missingTagError", 5, progressOfAnInstance,
+     "No <errorDesc> tag found in the commandProgressUpdate request"},
+    {"AG_commandProgressUpdateReqCb", 5, progressOfAnInstance,
+     "Triggering UpgradeProgress method for slot = 3 , operCmd = startApp, percentage = 50, MesgId "
+     "=  id-1, appInstanceId = 17"},
+    {"AG_commandProgressUpdateReqCb", 1, progressOfAnInstance,
+     "invokeZanDmeServiceorchapiUpdateProgress for slot : 3, Message ID : id-1"},
+    {"AG_commandProgressUpdateReqCb", 1, progressOfADiskFormat,
+     "invokeZanDmeServiceorchapiUpdateDiskFormatStatus for slot : 3, Message ID : id-1"},
+    {"AG_commandProgressUpdateReqCb", 1, progressOfAnImageUpload,
+     "invokeZanDmeServerapiOsControllerUpgradeProgress for slot : 3, Message ID : id-1"},
+};
+static_assert(std::size(kCommandProgress) == 1 + 4,
+              "a row for the tag that a report should hold, and for each line of "
+              "handlers/CommandProgress.cpp");
+INSTANTIATE_TEST_SUITE_P(CommandProgress, LogLines, testing::ValuesIn(kCommandProgress));
 
 }  // namespace
 }  // namespace zan_serviceOrchAG

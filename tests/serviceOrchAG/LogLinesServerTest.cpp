@@ -184,8 +184,13 @@ void missingValue() {
 }
 
 void invalidParameter() {
-  Response response;
-  MsgHandler::invalidParamResponse("operCmd", "y.installApp", "commandProgressUpdate", &response);
+  TestGateway gateway;
+  createSMAClient("3", "10.0.0.3", "5560", true);
+  gateway.channels.onReceive({"serviceOrchAG.commandProgress.update", "nox-xml:1", "id-1",
+                              "sma_slot3",
+                              "<commandProgressUpdateRequest><appInstanceId>17</appInstanceId>"
+                              "<operCmd>x.y.installApp</operCmd></commandProgressUpdateRequest>"});
+  serve(gateway);
 }
 
 void invalidAction() {

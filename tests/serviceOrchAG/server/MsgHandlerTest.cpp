@@ -235,6 +235,19 @@ TEST_F(Dispatch, DiskFormatProgressFromAnUnregisteredSlot_PassesTheGates) {
   EXPECT_FALSE(isRefused(log_));
 }
 
+// What the gates look at is the command only, not what the report is about.
+TEST_F(Dispatch, DiskFormatProgressOfAnInstanceFromAnUnregisteredSlot_ReachesTheEngine) {
+  const auto response =
+      handle("commandProgress", "update",
+             "<commandProgressUpdateRequest><appInstanceId>17</appInstanceId>"
+             "<operCmd>app.formatDisk</operCmd><operProgress>50</operProgress>"
+             "<operStatus>running</operStatus><code>102</code><ack>true</ack><errorDesc/>"
+             "</commandProgressUpdateRequest>");
+  expectReply(response, 100, "commandProgressUpdateResponse", "OK");
+  EXPECT_THAT(svc_.calls<serviceorchapi::UpdateProgressMe>(),
+              ElementsAre(std::tuple("17", 6, 50U, 1, 102U, "")));
+}
+
 TEST_F(Dispatch, IdentityThatNamesNoSlot_Throws) {
   EXPECT_THROW(handle("heartbeat", "", kHeartbeat, "blade1"), std::invalid_argument);
   EXPECT_THROW(handle("reboot", "", kHeartbeat, "blade1"), std::invalid_argument)
