@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "framework/mo/Property.h"
+#include "model/comm/DateTimeMo.h"
 #include "model/sd/AppInstanceMo.h"
 #include "model/sd/ChassisMo.h"
 #include "model/sd/FaultMo.h"
@@ -11,6 +12,7 @@
 #include "model/sd/SlotMo.h"
 #include "model/sd/SystemMo.h"
 #include "model/sm/AppInstanceMo.h"
+#include "model/sm/AppMo.h"
 #include "model/sm/DiskFileSystemMo.h"
 #include "model/sm/MonitorMo.h"
 
@@ -23,9 +25,10 @@ struct ClassList {
   static constexpr std::array<const mo::ClassInfo*, kSize> kInfos{&Me::kClass...};
 };
 
-/// Every class of managed object: what blades report (sm) and what the engine keeps itself (sd).
-using AllClasses =
-    ClassList<sm::MonitorMo, sm::DiskFileSystemMo, sm::AppInstanceMo, sd::SystemMo, sd::ChassisMo,
-              sd::SlotMo, sd::AppInstanceMo, sd::OperationMo, sd::FaultMo>;
+/// Every class of managed object: what blades report and applications (sm), what the engine keeps
+/// itself (sd), and settings (comm).
+using AllClasses = ClassList<sm::MonitorMo, sm::DiskFileSystemMo, sm::AppInstanceMo, sm::AppMo,
+                             sd::SystemMo, sd::ChassisMo, sd::SlotMo, sd::AppInstanceMo,
+                             sd::OperationMo, sd::FaultMo, comm::DateTimeMo>;
 
 }  // namespace model

@@ -1,10 +1,29 @@
 #include "framework/mo/Mo.h"
 
+#include "framework/filter/Filter.h"
+
 namespace mo {
 
+Mo* Mo::attach(std::unique_ptr<Mo> object) {
+  return object != nullptr ? attached_.emplace_back(std::move(object)).get() : nullptr;
+}
+
+std::vector<Mo*> Mo::findChild(std::uint32_t classId, const filter::Filter* filter) const {
+  std::vector<Mo*> found;
+  for (const std::unique_ptr<Mo>& object : attached_) {
+    if (object->classId() == classId && (filter == nullptr || filter->matches(*object))) {
+      found.push_back(object.get());
+    }
+  }
+  return found;
+}
+
 method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
-                            unsigned int /*depth*/, std::uint32_t flags) const {
+                            unsigned int depth, std::uint32_t flags) const {
   method::Config config(classId_, dn_, flags);
+  for (std::size_t i = 0; depth > 0 && i < attached_.size(); ++i) {
+    config.addChild(attached_[i]->toConfig(propertyGroup, nullptr, depth - 1, flags));
+  }
   if (only == nullptr) {
     config.reserve(values_.size());
     for (const auto& [propertyId, value] : values_) {
@@ -33,6 +52,7 @@ void Mo::renew(const Dn& dn) {
   dn_ = dn;
   values_.clear();
   changeFlags_.clear();
+  attached_.clear();
 }
 
 void Mo::deleteObjectByConfig(Mo* object, unsigned int /*flags*/) {

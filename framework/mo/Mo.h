@@ -2,14 +2,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <type_traits>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "framework/method/Config.h"
 #include "framework/mo/ChangeFlags.h"
 #include "framework/mo/Dn.h"
 #include "framework/mo/Property.h"
+
+namespace filter {
+class Filter;
+}
 
 namespace mo {
 
@@ -21,7 +27,13 @@ class Mo {
  public:
   Mo(std::uint32_t classId, const Dn& dn) : classId_(classId), dn_(dn) {}
   virtual ~Mo() = default;
-  Mo(const Mo&) = default;
+  /// A copy of the object alone: what is attached stays with the original.
+  Mo(const Mo& other)
+      : classId_(other.classId_),
+        classInfo_(other.classInfo_),
+        dn_(other.dn_),
+        values_(other.values_),
+        changeFlags_(other.changeFlags_) {}
   Mo& operator=(const Mo&) = delete;
 
   std::uint32_t classId() const { return classId_; }
@@ -68,11 +80,21 @@ class Mo {
   const ChangeFlags& changeFlags() const { return changeFlags_; }
   void resetChangeFlags() { changeFlags_.clear(); }
 
+  /// Gives the object one that came along with it: a child, or one that it resolves. Null is
+  /// fine. Returned is the object given.
+  Mo* attach(std::unique_ptr<Mo> object);
+  /// The attached objects of a class that pass the filter, all of the class when it is null, in
+  /// the order in which they were attached. They live as long as this object.
+  std::vector<Mo*> findChild(std::uint32_t classId, const filter::Filter* filter = nullptr) const;
+  /// The first attached object of the model's class T, or null.
+  template <class T>
+  T* resolve() const;
+
   /// The object as an argument of a method: the properties of the groups that `propertyGroup` is
   /// the sum of, and of these only those in `only` unless it is null. One that is in `only` and
   /// not set travels without a value, so that the reader clears it. Properties that the class's
-  /// description lacks belong to kStateGroup. `depth` is how many levels of objects below travel
-  /// along; an object by itself has none below it.
+  /// description lacks belong to kStateGroup. `depth` is how many levels of attached objects travel
+  /// along, each with all its properties of those groups.
   method::Config toConfig(std::uint32_t propertyGroup = kAllGroups,
                           const ChangeFlags* only = nullptr, unsigned int depth = 0,
                           std::uint32_t flags = 0) const;
@@ -96,6 +118,7 @@ class Mo {
   Dn dn_;
   method::ValueMap values_;
   ChangeFlags changeFlags_;
+  std::vector<std::unique_ptr<Mo>> attached_;
 };
 
 /// The object as one of the model's class T; null when it is null, plain or of another class.
@@ -108,6 +131,16 @@ T* checkCast(Mo* object) {
 template <class T>
 const T* checkCast(const Mo* object) {
   return checkCast<T>(const_cast<Mo*>(object));
+}
+
+template <class T>
+T* Mo::resolve() const {
+  for (const std::unique_ptr<Mo>& object : attached_) {
+    if (T* const wanted = checkCast<T>(object.get())) {
+      return wanted;
+    }
+  }
+  return nullptr;
 }
 
 /// Sets on `object` what `config` says of it. Taken are the properties that the object's class

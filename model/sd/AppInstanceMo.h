@@ -8,6 +8,16 @@
 
 namespace sd {
 
+/// What is being done to an application instance: the values of AppInstanceMo's jobType.
+enum class JobType : std::uint8_t {
+  kNone = 0,
+  kInstall = 1,
+  kUninstall = 2,
+  kUpgrade = 3,
+  kStart = 4,
+  kStop = 5
+};
+
 /// An application instance that the engine believes to be on a blade, and what it wants of it.
 /// failedAt is in milliseconds since the epoch, UTC.
 class AppInstanceMo final : public mo::Mo {
@@ -24,8 +34,14 @@ class AppInstanceMo final : public mo::Mo {
   static constexpr mo::Property<std::uint32_t> kFailures{0x3044, "failures"};
   static constexpr mo::Property<std::uint64_t> kFailedAt{0x3045, "failedAt"};
 
-  static constexpr auto kProperties = mo::describe(kAppInstanceId, kExpectedVersion, kExpectedState,
-                                                   kIsFailed, kFailures, kFailedAt);
+  static constexpr mo::Property<std::uint32_t> kSlotId{0x3046, "slotId"};
+  // A JobType.
+  static constexpr mo::Property<std::uint8_t> kJobType{0x3047, "jobType"};
+  static constexpr mo::Property<base::String> kMgmtBootstrapVersion{0x3048, "mgmtBootstrapVersion"};
+
+  static constexpr auto kProperties =
+      mo::describe(kAppInstanceId, kExpectedVersion, kExpectedState, kIsFailed, kFailures,
+                   kFailedAt, kSlotId, kJobType, kMgmtBootstrapVersion);
   static constexpr mo::ClassInfo kClass{kClassId, kName, kProperties};
 
   explicit AppInstanceMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}

@@ -16,6 +16,9 @@ enum class Admission : std::uint8_t {
   kForeign = 3  // the blade showed another token and must be formatted
 };
 
+/// A value of SlotMo's slotCommand: the change of the platform's log level.
+inline constexpr std::uint32_t kChangePlatformLogLevel = 277;
+
 /// A slot of a chassis and the blade in it. Image sizes are in bytes.
 class SlotMo final : public mo::Mo {
  public:
@@ -39,10 +42,15 @@ class SlotMo final : public mo::Mo {
   // Since the engine started.
   static constexpr mo::Property<std::uint32_t> kRegistrations{0x302c, "registrations",
                                                               mo::kVolatile};
+  // What is being done to the slot: 0, or a number such as kChangePlatformLogLevel.
+  static constexpr mo::Property<std::uint32_t> kSlotCommand{0x302d, "slotCommand"};
+  // 0 debug, 1 info, 2 warning, 3 error, 4 critical.
+  static constexpr mo::Property<std::uint8_t> kPlatformLogLevel{0x302e, "platformLogLevel"};
 
-  static constexpr auto kProperties = mo::describe(
-      kNumber, kLabel, kToken, kAdmission, kRunningVersion, kRunningImage, kRunningImageSize,
-      kCachedVersion, kCachedImage, kCachedImageSize, kStartupVersion, kVendor, kRegistrations);
+  static constexpr auto kProperties =
+      mo::describe(kNumber, kLabel, kToken, kAdmission, kRunningVersion, kRunningImage,
+                   kRunningImageSize, kCachedVersion, kCachedImage, kCachedImageSize,
+                   kStartupVersion, kVendor, kRegistrations, kSlotCommand, kPlatformLogLevel);
   static constexpr mo::ClassInfo kClass{kClassId, kName, kProperties};
 
   explicit SlotMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}

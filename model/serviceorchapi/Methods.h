@@ -7,6 +7,7 @@
 #include "framework/method/Config.h"
 #include "framework/method/MethodObject.h"
 #include "framework/mo/Dn.h"
+#include "model/Snapshot.h"
 
 /// Methods between the gateway and the engine's service orchestration: what blades report, and
 /// what the engine asks to be done to a blade.
@@ -132,10 +133,11 @@ class GcovRequestMe : public MethodObject<GcovRequestMe, In<>, Out<>> {
 
 /// In: two numbers of the calling state machine, the date and time object's name, the call's
 /// number, that object and what it resolves, slot, log level.
-class UpdateTimeZoneMe : public MethodObject<UpdateTimeZoneMe,
-                                             In<std::uint32_t, std::uint32_t, mo::Dn, std::uint64_t,
-                                                method::Config, std::uint32_t, base::String>,
-                                             Out<>> {
+class UpdateTimeZoneMe
+    : public model::TargetedMethod<UpdateTimeZoneMe,
+                                   In<std::uint32_t, std::uint32_t, mo::Dn, std::uint64_t,
+                                      method::Config, std::uint32_t, base::String>,
+                                   Out<>> {
  public:
   static constexpr std::uint32_t kClassId = 407;
   static constexpr std::string_view kName = "serviceorchapi::UpdateTimeZone";

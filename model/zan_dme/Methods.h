@@ -6,6 +6,7 @@
 #include "framework/method/Config.h"
 #include "framework/method/MethodObject.h"
 #include "framework/mo/Dn.h"
+#include "model/Snapshot.h"
 
 /// Stages of the engine's state machines that ask the gateway to send a command to a blade.
 namespace zan_dme {
@@ -13,7 +14,7 @@ namespace zan_dme {
 /// What every stage carries: two numbers of the state machine, the target's name, the call's
 /// number, and the target with what it resolves.
 template <class Me>
-using StageMethod = method::MethodObject<
+using StageMethod = model::TargetedMethod<
     Me, method::In<std::uint32_t, std::uint32_t, mo::Dn, std::uint64_t, method::Config>,
     method::Out<>>;
 

@@ -94,6 +94,18 @@ TEST(Classes, SystemAndChassis_HaveTheseProperties) {
                {0x3014, "isDescribed", kBool, 2}});
 }
 
+TEST(Classes, ApplicationAndDateTime_HaveTheseProperties) {
+  expectClass(0x306, "app",
+              {{0x30e0, "packageFile", kText, 2},
+               {0x30e1, "reqDataHdd", kU64, 2},
+               {0x30e2, "deployType", kU8, 2},
+               {0x30e3, "installTimeout", kU64, 2},
+               {0x30e4, "uninstallTimeout", kU64, 2},
+               {0x30e5, "upgradeTimeout", kU64, 2},
+               {0x30e6, "vdp", kBool, 2}});
+  expectClass(0x307, "dateTime", {{0x30f0, "timeZone", kText, 2}});
+}
+
 TEST(Classes, Slot_HasTheseProperties) {
   expectClass(0x302, "slot",
               {{0x3020, "number", kU32, 1},
@@ -108,7 +120,9 @@ TEST(Classes, Slot_HasTheseProperties) {
                {0x3029, "cachedImageSize", kU32, 2},
                {0x302a, "startupVersion", kText, 2},
                {0x302b, "vendor", kText, 2},
-               {0x302c, "registrations", kU32, 2, false}});
+               {0x302c, "registrations", kU32, 2, false},
+               {0x302d, "slotCommand", kU32, 2},
+               {0x302e, "platformLogLevel", kU8, 2}});
 }
 
 TEST(Classes, WhatTheEngineBelievesAndFinds_HasTheseProperties) {
@@ -118,7 +132,10 @@ TEST(Classes, WhatTheEngineBelievesAndFinds_HasTheseProperties) {
                {0x3042, "expectedState", kU8, 2},
                {0x3043, "isFailed", kBool, 2},
                {0x3044, "failures", kU32, 2},
-               {0x3045, "failedAt", kU64, 2}});
+               {0x3045, "failedAt", kU64, 2},
+               {0x3046, "slotId", kU32, 2},
+               {0x3047, "jobType", kU8, 2},
+               {0x3048, "mgmtBootstrapVersion", kText, 2}});
   expectClass(0x304, "operation",
               {{0x3060, "command", kText, 2},
                {0x3061, "percentage", kU32, 2},
@@ -135,14 +152,14 @@ TEST(Classes, WhatTheEngineBelievesAndFinds_HasTheseProperties) {
                {0x3084, "count", kU32, 2}});
 }
 
-TEST(Classes, AllOfThem_AreNine) {
+TEST(Classes, AllOfThem_AreEleven) {
   std::set<std::string_view> names;
   for (const mo::ClassInfo* const each : model::classInfos()) {
     names.insert(each->name);
   }
   EXPECT_EQ(names, (std::set<std::string_view>{"monitor", "diskFileSystem", "reportedAppInstance",
-                                               "system", "chassis", "slot", "appInstance",
-                                               "operation", "fault"}));
+                                               "app", "dateTime", "system", "chassis", "slot",
+                                               "appInstance", "operation", "fault"}));
   EXPECT_EQ(model::classInfos().size(), 9U);
 }
 

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "framework/filter/Filter.h"
 
 namespace {
 
@@ -286,6 +289,54 @@ TEST(CheckCast, AnotherClassPlainOrNull_IsNull) {
   EXPECT_EQ(mo::checkCast<LampMo>(static_cast<mo::Mo*>(&door)), nullptr);
   EXPECT_EQ(mo::checkCast<LampMo>(&plain), nullptr);
   EXPECT_EQ(mo::checkCast<LampMo>(static_cast<mo::Mo*>(nullptr)), nullptr);
+}
+
+TEST(Attached, ChildrenOfAClass_ComeInTheirOrder) {
+  LampMo parent;
+  mo::Mo* const first = parent.attach(std::make_unique<DoorMo>(Dn("a")));
+  parent.attach(std::make_unique<LampMo>(Dn("b")));
+  mo::Mo* const second = parent.attach(std::make_unique<DoorMo>(Dn("c")));
+  EXPECT_EQ(parent.findChild(DoorMo::kClassId), (std::vector<mo::Mo*>{first, second}));
+  EXPECT_TRUE(parent.findChild(0x99).empty());
+  EXPECT_EQ(parent.resolve<DoorMo>(), first);
+}
+
+TEST(Attached, Filter_LeavesOthersOut) {
+  filter::Filter::initFactories();
+  mo::Mo parent(0x51, Dn());
+  mo::Mo* const wanted = parent.attach(std::make_unique<mo::Mo>(0x52, Dn("a")));
+  wanted->set(1, method::Value(std::uint32_t{7}));
+  parent.attach(std::make_unique<mo::Mo>(0x52, Dn("b")))->set(1, method::Value(std::uint32_t{8}));
+  const auto isSeven = filter::Filter::create("eq", 1, method::Value(std::uint32_t{7}));
+  ASSERT_NE(isSeven, nullptr);
+  EXPECT_EQ(parent.findChild(0x52, isSeven.get()), std::vector<mo::Mo*>{wanted});
+}
+
+TEST(Attached, NothingOfTheClass_ResolvesToNull) {
+  LampMo lamp;
+  EXPECT_EQ(lamp.resolve<DoorMo>(), nullptr);
+  EXPECT_EQ(lamp.attach(nullptr), nullptr);
+  lamp.attach(std::make_unique<mo::Mo>(DoorMo::kClassId, Dn()));  // plain: not the model's class
+  EXPECT_EQ(lamp.resolve<DoorMo>(), nullptr);
+}
+
+TEST(Attached, Copy_LeavesThemBehind) {
+  LampMo lamp;
+  lamp.attach(std::make_unique<DoorMo>());
+  const LampMo copy(lamp);
+  EXPECT_EQ(copy.resolve<DoorMo>(), nullptr);
+  EXPECT_NE(lamp.resolve<DoorMo>(), nullptr);
+}
+
+TEST(Attached, ToConfig_TakesAsManyLevelsAsAsked) {
+  LampMo lamp;
+  lamp.attach(std::make_unique<DoorMo>(Dn("d")))->attach(std::make_unique<LampMo>(Dn("e")));
+  EXPECT_TRUE(lamp.toConfig().children().empty());
+  const Config one = lamp.toConfig(mo::kAllGroups, nullptr, 1);
+  ASSERT_EQ(one.children().size(), 1U);
+  EXPECT_TRUE(one.children()[0].children().empty());
+  const Config two = lamp.toConfig(mo::kAllGroups, nullptr, 2);
+  EXPECT_EQ(two.children()[0].children()[0].dn(), Dn("e"));
 }
 
 }  // namespace
