@@ -27,7 +27,7 @@ struct ChassisDescription {
   struct Slot {
     std::uint32_t number = 0;
     std::string name;
-    std::vector<App> apps;
+    std::vector<App> apps{};
   };
 
   std::uint32_t id = 1;
