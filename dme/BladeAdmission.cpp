@@ -5,6 +5,7 @@
 
 #include "dme/Token.h"
 #include "framework/core_log/Log.h"
+#include "model/sd/SlotMo.h"
 
 namespace dme {
 
@@ -27,12 +28,12 @@ Verdict BladeAdmission::judge(std::uint32_t slotNumber, const base::String& runn
   if (slot == nullptr) {
     return refuse(slotNumber);
   }
-  store_.set(*slot, slot_object::kRunningVersion,
+  store_.set(*slot, sd::SlotMo::kRunningVersion,
              base::String(runningVersion.view().substr(0, kMostVersionBytes)));
-  store_.set(*slot, slot_object::kRegistrations, slot->get(slot_object::kRegistrations) + 1);
+  store_.set(*slot, sd::SlotMo::kRegistrations, slot->get(sd::SlotMo::kRegistrations) + 1);
 
-  Admission admission = Admission::kForeign;
-  const base::String held = slot->get(slot_object::kToken);
+  sd::Admission admission = sd::Admission::kForeign;
+  const base::String held = slot->get(sd::SlotMo::kToken);
   if (held.empty()) {
     const std::optional<base::String> fresh = makeToken();
     if (!fresh) {
@@ -40,15 +41,15 @@ Verdict BladeAdmission::judge(std::uint32_t slotNumber, const base::String& runn
                           "no random numbers for the token of slot %u", slotNumber);
       return notNow();
     }
-    store_.set(*slot, slot_object::kToken, *fresh);
-    admission = Admission::kTokenIssued;
+    store_.set(*slot, sd::SlotMo::kToken, *fresh);
+    admission = sd::Admission::kTokenIssued;
   } else if (token.empty() || isSameToken(token.view(), held.view())) {
-    admission = Admission::kValid;
+    admission = sd::Admission::kValid;
   }
-  store_.set(*slot, slot_object::kAdmission, static_cast<std::uint8_t>(admission));
+  store_.set(*slot, sd::SlotMo::kAdmission, static_cast<std::uint8_t>(admission));
   return {false, "",
-          admission == Admission::kForeign ? base::String() : slot->get(slot_object::kToken),
-          admission == Admission::kValid, admission == Admission::kTokenIssued};
+          admission == sd::Admission::kForeign ? base::String() : slot->get(sd::SlotMo::kToken),
+          admission == sd::Admission::kValid, admission == sd::Admission::kTokenIssued};
 }
 
 }  // namespace dme

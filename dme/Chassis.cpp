@@ -1,4 +1,7 @@
 #include "dme/Chassis.h"
+#include "model/sd/ChassisMo.h"
+#include "model/sd/SlotMo.h"
+#include "model/sd/SystemMo.h"
 
 #include <sys/random.h>
 
@@ -25,7 +28,7 @@ std::uint64_t makeClusterId() {
 
 Chassis::Chassis(ObjectStore& store, const std::optional<base::ChassisDescription>& description)
     : store_(store) {
-  system_ = &store_.create(kSystemDn, system_object::kClass);
+  system_ = &store_.create<sd::SystemMo>(kSystemDn);
   beginEpoch();
   chassis_ = store_.find(kChassisDn);
   if (chassis_ == nullptr) {
@@ -33,7 +36,7 @@ Chassis::Chassis(ObjectStore& store, const std::optional<base::ChassisDescriptio
     return;
   }
   for (Object* object : store_.below(kChassisDn)) {
-    if (&object->objectClass() == &slot_object::kClass) {
+    if (object->is<sd::SlotMo>()) {
       index(*object);
     }
   }
@@ -45,35 +48,35 @@ bool Chassis::isIn(ObjectStore& store) {
 
 void Chassis::createChassis(const std::optional<base::ChassisDescription>& description) {
   const base::ChassisDescription given = description.value_or(base::ChassisDescription{});
-  chassis_ = &store_.create(kChassisDn, chassis_object::kClass);
-  store_.set(*chassis_, chassis_object::kId, given.id);
-  store_.set(*chassis_, chassis_object::kName, base::String(given.name));
-  store_.set(*chassis_, chassis_object::kModel, base::String(given.model));
-  store_.set(*chassis_, chassis_object::kSerial, base::String(given.serial));
-  store_.set(*chassis_, chassis_object::kIsDescribed, description.has_value());
+  chassis_ = &store_.create<sd::ChassisMo>(kChassisDn);
+  store_.set(*chassis_, sd::ChassisMo::kId, given.id);
+  store_.set(*chassis_, sd::ChassisMo::kLabel, base::String(given.name));
+  store_.set(*chassis_, sd::ChassisMo::kModel, base::String(given.model));
+  store_.set(*chassis_, sd::ChassisMo::kSerial, base::String(given.serial));
+  store_.set(*chassis_, sd::ChassisMo::kIsDescribed, description.has_value());
   for (const base::ChassisDescription::Slot& slot : given.slots) {
     addSlot(slot.number, base::String(slot.name));
   }
 }
 
 void Chassis::beginEpoch() {
-  if (system_->get(system_object::kClusterId) == 0) {
-    store_.set(*system_, system_object::kClusterId, makeClusterId());
+  if (system_->get(sd::SystemMo::kClusterId) == 0) {
+    store_.set(*system_, sd::SystemMo::kClusterId, makeClusterId());
   }
-  store_.set(*system_, system_object::kEpoch, epoch() + 1);
+  store_.set(*system_, sd::SystemMo::kEpoch, epoch() + 1);
 }
 
 Object& Chassis::addSlot(std::uint32_t number, const base::String& name) {
   const mo::Dn dn = kChassisDn.child("slot-" + std::to_string(number));
-  Object& slot = store_.create(dn, slot_object::kClass);
-  store_.set(slot, slot_object::kNumber, number);
-  store_.set(slot, slot_object::kName, name);
+  Object& slot = store_.create<sd::SlotMo>(dn);
+  store_.set(slot, sd::SlotMo::kNumber, number);
+  store_.set(slot, sd::SlotMo::kLabel, name);
   index(slot);
   return slot;
 }
 
 void Chassis::index(Object& slot) {
-  const std::uint32_t number = slot.get(slot_object::kNumber);
+  const std::uint32_t number = slot.get(sd::SlotMo::kNumber);
   if (number == 0 || number > base::kHighestSlot) {
     return;  // out of reach for a blade
   }
@@ -92,7 +95,7 @@ Object* Chassis::slotForBlade(std::uint32_t number) {
     return known;
   }
   const bool isPossible = number >= 1 && number <= base::kHighestSlot;
-  if (!isPossible || chassis_->get(chassis_object::kIsDescribed)) {
+  if (!isPossible || chassis_->get(sd::ChassisMo::kIsDescribed)) {
     return nullptr;
   }
   return &addSlot(number, "");
@@ -109,11 +112,11 @@ std::vector<Object*> Chassis::slots() const {
 }
 
 std::uint64_t Chassis::clusterId() const {
-  return system_->get(system_object::kClusterId);
+  return system_->get(sd::SystemMo::kClusterId);
 }
 
 std::uint64_t Chassis::epoch() const {
-  return system_->get(system_object::kEpoch);
+  return system_->get(sd::SystemMo::kEpoch);
 }
 
 }  // namespace dme

@@ -82,8 +82,8 @@ void Engine::expectKnownBlades() {
   const std::lock_guard lock(state_);
   const os::Clock::TimePoint now = os::Clock::instance().now();
   for (const Object* slot : chassis_.slots()) {
-    if (slot->get(slot_object::kAdmission) == static_cast<std::uint8_t>(Admission::kValid)) {
-      monitor_.expect(slot->get(slot_object::kNumber), now);
+    if (slot->get(sd::SlotMo::kAdmission) == static_cast<std::uint8_t>(sd::Admission::kValid)) {
+      monitor_.expect(slot->get(sd::SlotMo::kNumber), now);
     }
   }
   if (monitor_.isWatching()) {
@@ -147,17 +147,17 @@ void Engine::judge(os::Clock::TimePoint now) {
 
 SlotView Engine::viewOf(const Object& slot, os::Clock::TimePoint now) const {
   SlotView view;
-  view.slot = slot.get(slot_object::kNumber);
-  view.name = slot.get(slot_object::kName).str();
-  view.admission = static_cast<Admission>(slot.get(slot_object::kAdmission));
-  view.hasToken = !slot.get(slot_object::kToken).empty();
-  view.runningVersion = slot.get(slot_object::kRunningVersion).str();
-  view.runningImage = slot.get(slot_object::kRunningImage).str();
-  view.runningImageSize = slot.get(slot_object::kRunningImageSize);
-  view.cachedVersion = slot.get(slot_object::kCachedVersion).str();
-  view.cachedImage = slot.get(slot_object::kCachedImage).str();
-  view.cachedImageSize = slot.get(slot_object::kCachedImageSize);
-  view.registrations = slot.get(slot_object::kRegistrations);
+  view.slot = slot.get(sd::SlotMo::kNumber);
+  view.name = slot.get(sd::SlotMo::kLabel).str();
+  view.admission = static_cast<sd::Admission>(slot.get(sd::SlotMo::kAdmission));
+  view.hasToken = !slot.get(sd::SlotMo::kToken).empty();
+  view.runningVersion = slot.get(sd::SlotMo::kRunningVersion).str();
+  view.runningImage = slot.get(sd::SlotMo::kRunningImage).str();
+  view.runningImageSize = slot.get(sd::SlotMo::kRunningImageSize);
+  view.cachedVersion = slot.get(sd::SlotMo::kCachedVersion).str();
+  view.cachedImage = slot.get(sd::SlotMo::kCachedImage).str();
+  view.cachedImageSize = slot.get(sd::SlotMo::kCachedImageSize);
+  view.registrations = slot.get(sd::SlotMo::kRegistrations);
   if (const BladeMonitor::Blade* blade = monitor_.find(view.slot)) {
     view.isWatched = blade->isWatched;
     view.state = blade->state;

@@ -17,6 +17,7 @@
 #include "dme/ObjectStore.h"
 #include "dme/Result.h"
 #include "framework/proc/EngineLink.h"
+#include "model/sd/SlotMo.h"
 
 namespace base {
 class SvcConfigParams;
@@ -37,7 +38,7 @@ struct EngineConfig {
 struct SlotView {
   std::uint32_t slot = 0;
   std::string name;
-  Admission admission = Admission::kNone;
+  sd::Admission admission = sd::Admission::kNone;
   bool hasToken = false;
   std::string runningVersion;
   std::string runningImage;

@@ -11,6 +11,7 @@
 #include "framework/proc/Cookie.h"
 #include "model/agboot/Methods.h"
 #include "model/dmeapi/Methods.h"
+#include "model/sd/SlotMo.h"
 #include "model/serverapi/Methods.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/sysdebug/Methods.h"
@@ -209,14 +210,14 @@ bool MethodServer::recordOsController(const Call& call) {
     fail(call, kInvalidCode, "there is no slot " + std::to_string(number));
     return true;
   }
-  store_.set(*slot, slot_object::kStartupVersion, bounded(startup));
-  store_.set(*slot, slot_object::kRunningVersion, bounded(runningVersion));
-  store_.set(*slot, slot_object::kRunningImage, bounded(runningImage));
-  store_.set(*slot, slot_object::kRunningImageSize, runningSize);
-  store_.set(*slot, slot_object::kCachedVersion, bounded(cachedVersion));
-  store_.set(*slot, slot_object::kCachedImage, bounded(cachedImage));
-  store_.set(*slot, slot_object::kCachedImageSize, cachedSize);
-  store_.set(*slot, slot_object::kVendor, bounded(vendor));
+  store_.set(*slot, sd::SlotMo::kStartupVersion, bounded(startup));
+  store_.set(*slot, sd::SlotMo::kRunningVersion, bounded(runningVersion));
+  store_.set(*slot, sd::SlotMo::kRunningImage, bounded(runningImage));
+  store_.set(*slot, sd::SlotMo::kRunningImageSize, runningSize);
+  store_.set(*slot, sd::SlotMo::kCachedVersion, bounded(cachedVersion));
+  store_.set(*slot, sd::SlotMo::kCachedImage, bounded(cachedImage));
+  store_.set(*slot, sd::SlotMo::kCachedImageSize, cachedSize);
+  store_.set(*slot, sd::SlotMo::kVendor, bounded(vendor));
   const std::shared_ptr<const Me> kept = keep<Me>(call.header);
   store_.commit([this, kept, peer = call.peer](const Result<void>& stored) {
     notDurable_.fetch_add(stored ? 0 : 1, std::memory_order_relaxed);

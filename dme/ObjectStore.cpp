@@ -1,11 +1,13 @@
 #include "dme/ObjectStore.h"
 
+#include <cctype>
 #include <cmath>
 #include <limits>
 #include <optional>
 #include <utility>
 
 #include "framework/core_log/Log.h"
+#include "model/Catalog.h"
 
 namespace dme {
 
@@ -37,54 +39,60 @@ std::optional<method::Value> integerOf(std::int64_t number) {
   return method::Value(static_cast<T>(number));
 }
 
-std::optional<method::Value> valueOfInteger(ValueKind kind, std::int64_t number) {
+std::optional<method::Value> valueOfInteger(method::ValueKind kind, std::int64_t number) {
   switch (kind) {
-    case ValueKind::kBool:
+    case method::ValueKind::kBool:
       return number == 0 || number == 1 ? std::optional<method::Value>(number == 1) : std::nullopt;
-    case ValueKind::kUint8:
+    case method::ValueKind::kUint8:
       return integerOf<std::uint8_t>(number);
-    case ValueKind::kInt32:
+    case method::ValueKind::kInt32:
       return integerOf<std::int32_t>(number);
-    case ValueKind::kUint32:
+    case method::ValueKind::kUint32:
       return integerOf<std::uint32_t>(number);
-    case ValueKind::kUint64:
+    case method::ValueKind::kUint64:
       return method::Value(static_cast<std::uint64_t>(number));
-    case ValueKind::kFloat:
-    case ValueKind::kText:
+    case method::ValueKind::kNone:
+    case method::ValueKind::kFloat:
+    case method::ValueKind::kText:
       break;
   }
   return std::nullopt;
 }
 
 // Nothing when the database holds another kind of value than the class's table says.
-std::optional<method::Value> valueOf(ValueKind kind, const Cell& cell) {
+std::optional<method::Value> valueOf(method::ValueKind kind, const Cell& cell) {
   if (const auto* number = std::get_if<std::int64_t>(&cell)) {
     return valueOfInteger(kind, *number);
   }
-  if (const auto* real = std::get_if<double>(&cell); real != nullptr && kind == ValueKind::kFloat) {
+  if (const auto* real = std::get_if<double>(&cell);
+      real != nullptr && kind == method::ValueKind::kFloat) {
     return method::Value(static_cast<float>(*real));
   }
   if (const auto* text = std::get_if<std::string>(&cell);
-      text != nullptr && kind == ValueKind::kText) {
+      text != nullptr && kind == method::ValueKind::kText) {
     return method::Value(base::String(*text));
   }
   return std::nullopt;
 }
 
-// Whoever has a slot's token can pass for its blade.
-constexpr std::string_view kSecretProperty = "token";
+// "hasToken" for "token".
+std::string nameOfPresence(std::string_view property) {
+  std::string name = "has" + std::string(property);
+  name[3] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[3])));
+  return name;
+}
 
 }  // namespace
 
 ObjectView Object::view() const {
   ObjectView view{dn_.text().str(), std::string(class_->name), {}};
-  for (const PropertyInfo& info : class_->properties) {
-    const method::Value& value = values_[info.id - 1];
-    if (info.name == kSecretProperty) {
-      const auto* text = std::get_if<base::String>(&value);
-      view.values.emplace_back("hasToken", text != nullptr && !text->empty());
-    } else if (!std::holds_alternative<std::monostate>(value)) {
-      view.values.emplace_back(info.name, value);
+  for (const mo::PropertyInfo& info : class_->properties) {
+    const method::Value* const value = values_.find(info.id);
+    if (info.group == mo::kSecretGroup) {
+      const auto* text = value != nullptr ? std::get_if<base::String>(value) : nullptr;
+      view.values.emplace_back(nameOfPresence(info.name), text != nullptr && !text->empty());
+    } else if (value != nullptr) {
+      view.values.emplace_back(info.name, *value);
     }
   }
   return view;
@@ -120,7 +128,7 @@ Result<void> ObjectStore::load() {
   };
   Result<void> read = database_.load(
       [&](std::string_view dn, std::string_view className) {
-        if (const ClassInfo* info = findClass(className)) {
+        if (const mo::ClassInfo* info = model::findClass(className)) {
           objects_.emplace(dn, std::make_unique<Object>(mo::Dn(dn), *info));
         } else {
           report("unknown class " + std::string(className));
@@ -128,10 +136,10 @@ Result<void> ObjectStore::load() {
       },
       [&](std::string_view dn, std::string_view name, const Cell& cell) {
         Object* object = find(mo::Dn(dn));
-        const PropertyInfo* info = object != nullptr ? object->class_->find(name) : nullptr;
-        const auto value = info != nullptr ? valueOf(info->kind, cell) : std::nullopt;
+        const mo::PropertyInfo* info = object != nullptr ? object->class_->find(name) : nullptr;
+        auto value = info != nullptr ? valueOf(info->kind, cell) : std::nullopt;
         if (value) {
-          object->values_[info->id - 1] = *value;
+          object->values_.set(info->id, std::move(*value));
         } else {
           report("unfit value of " + std::string(name) + " at " + std::string(dn));
         }
@@ -184,11 +192,11 @@ std::vector<ObjectView> ObjectStore::view(const mo::Dn& dn) const {
   return views;
 }
 
-Object& ObjectStore::create(const mo::Dn& dn, const ClassInfo& objectClass) {
+Object& ObjectStore::create(const mo::Dn& dn, const mo::ClassInfo& classInfo) {
   auto& object = objects_[dn];
   if (object == nullptr) {
-    object = std::make_unique<Object>(dn, objectClass);
-    staged_.create(dn.text().view(), objectClass.name);
+    object = std::make_unique<Object>(dn, classInfo);
+    staged_.create(dn.text().view(), classInfo.name);
   }
   return *object;
 }
@@ -206,10 +214,50 @@ void ObjectStore::remove(const mo::Dn& dn) {
   }
 }
 
+bool ObjectStore::set(Object& object, std::uint32_t propertyId, method::Value value) {
+  const method::Value* const held = object.values_.find(propertyId);
+  const bool isSet = !std::holds_alternative<std::monostate>(value);
+  if (held != nullptr ? *held == value : !isSet) {
+    return false;
+  }
+  if (isSet) {
+    object.values_.set(propertyId, std::move(value));
+  } else {
+    object.values_.erase(propertyId);
+  }
+  stage(object, propertyId);
+  return true;
+}
+
+bool ObjectStore::assign(Object& object, const mo::Mo& source, std::uint32_t groups) {
+  bool hasChanged = false;
+  for (const mo::PropertyInfo& info : object.class_->properties) {
+    if ((info.group & groups) != 0) {
+      const method::Value* const value = source.find(info.id);
+      hasChanged |= set(object, info.id, value != nullptr ? *value : method::Value());
+    }
+  }
+  return hasChanged;
+}
+
+bool ObjectStore::observe(Object& object, const mo::Property<std::uint64_t>& property,
+                          std::uint64_t now, bool hasChanged) {
+  hold(object, property, now);
+  const std::uint64_t stored = object.storedObservation_;
+  const bool isRecent = stored != 0 && now >= stored && now - stored < kObservationIsStoredEvery;
+  if (isRecent && !hasChanged) {
+    return false;
+  }
+  object.storedObservation_ = now;
+  stage(object, property.id);
+  return true;
+}
+
 void ObjectStore::stage(const Object& object, std::uint32_t propertyId) {
-  const PropertyInfo& info = object.class_->properties[propertyId - 1];
-  if (info.isDurable) {
-    staged_.set(object.dn_.text().view(), info.name, cellOf(object.values_[propertyId - 1]));
+  const mo::PropertyInfo* const info = object.class_->find(propertyId);
+  if (info != nullptr && info->isDurable()) {
+    const method::Value* const value = object.values_.find(propertyId);
+    staged_.set(object.dn_.text().view(), info->name, value != nullptr ? cellOf(*value) : Cell());
   }
 }
 

@@ -5,17 +5,20 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "dme/ChangeSet.h"
 #include "dme/CommitQueue.h"
 #include "dme/Database.h"
-#include "dme/ObjectClass.h"
 #include "dme/ObjectView.h"
 #include "dme/Result.h"
-#include "framework/method/Config.h"
+#include "framework/method/ValueMap.h"
 #include "framework/mo/Dn.h"
+#include "framework/mo/Mo.h"
+#include "framework/mo/Property.h"
 
 namespace dme {
 
@@ -23,18 +26,27 @@ namespace dme {
 /// its store.
 class Object {
  public:
-  Object(const mo::Dn& dn, const ClassInfo& objectClass)
-      : dn_(dn), class_(&objectClass), values_(objectClass.properties.size()) {}
+  Object(const mo::Dn& dn, const mo::ClassInfo& classInfo) : dn_(dn), class_(&classInfo) {}
 
   const mo::Dn& dn() const { return dn_; }
-  const ClassInfo& objectClass() const { return *class_; }
+  /// Whether it is of the model's class Me.
+  template <class Me>
+  bool is() const {
+    return class_->id == Me::kClassId;
+  }
 
-  /// The value, or what T makes of {} when the property is not set.
   template <class T>
-  const T& get(const Property<T>& property) const {
+  bool has(const mo::Property<T>& property) const {
+    return values_.find(property.id) != nullptr;
+  }
+  /// The value, or what T makes of {} when the property is not set. Valid until the object's next
+  /// change.
+  template <class T>
+  const T& get(const mo::Property<T>& property) const {
     static const T kNotSet{};
-    const T* value = std::get_if<T>(&values_[property.id - 1]);
-    return value != nullptr ? *value : kNotSet;
+    const method::Value* const value = values_.find(property.id);
+    const T* const content = value != nullptr ? std::get_if<T>(value) : nullptr;
+    return content != nullptr ? *content : kNotSet;
   }
   ObjectView view() const;
 
@@ -42,8 +54,9 @@ class Object {
   friend class ObjectStore;
 
   mo::Dn dn_;
-  const ClassInfo* class_;
-  std::vector<method::Value> values_;  // one for each row of the class's table
+  const mo::ClassInfo* class_;
+  method::ValueMap values_;              // of the kinds that the class describes
+  std::uint64_t storedObservation_ = 0;  // the last one that was sent to the disk since the start
 };
 
 /// The tree of managed objects, in memory and, as far as the properties are durable, on the disk.
@@ -56,7 +69,7 @@ class ObjectStore {
   using Completion = CommitQueue::Completion;
 
   /// Opens the database in `stateDir` and reads the tree. Fails as Database::open does, and on
-  /// content that does not fit the tables of the classes. Blocks on the disk.
+  /// content that does not fit the classes of the model. Blocks on the disk.
   static Result<std::unique_ptr<ObjectStore>> open(const std::string& stateDir);
   ~ObjectStore();
   ObjectStore(const ObjectStore&) = delete;
@@ -73,28 +86,38 @@ class ObjectStore {
 
   /// Makes the object, or returns the one that is there. What stands above it is there already,
   /// or else it must not be removed.
-  Object& create(const mo::Dn& dn, const ClassInfo& objectClass);
-
+  template <class Me>
+  Object& create(const mo::Dn& dn) {
+    return create(dn, Me::kClass);
+  }
   /// Removes the object, if it is there, and everything below it.
   void remove(const mo::Dn& dn);
 
   template <class T>
-  void set(Object& object, const Property<T>& property, const T& value) {
-    method::Value& held = object.values_[property.id - 1];
-    if (const T* old = std::get_if<T>(&held); old != nullptr && *old == value) {
-      return;
-    }
-    held = value;
-    stage(object, property.id);
+  void set(Object& object, const mo::Property<T>& property, const std::type_identity_t<T>& value) {
+    set(object, property.id, method::Value(std::in_place_type<T>, value));
   }
   template <class T>
-  void clear(Object& object, const Property<T>& property) {
-    method::Value& held = object.values_[property.id - 1];
-    if (held.index() != 0) {
-      held = method::Value();
-      stage(object, property.id);
-    }
+  void clear(Object& object, const mo::Property<T>& property) {
+    set(object, property.id, method::Value());
   }
+  /// Gives the object the values of `source`, which is of its class, in the properties of these
+  /// groups: one that `source` lacks loses its value. True when that changed anything.
+  bool assign(Object& object, const mo::Mo& source, std::uint32_t groups);
+
+  /// A value that comes so often, and so often alone, that not each is worth a write: it shows in
+  /// memory, and reaches the disk with a later set() of another value of the property.
+  template <class T>
+  void hold(Object& object, const mo::Property<T>& property, const std::type_identity_t<T>& value) {
+    object.values_.set(property.id, method::Value(std::in_place_type<T>, value));
+  }
+  /// Notes in `property` when the object was last seen as it is. That reaches the disk together
+  /// with what has changed, so that it is never older than the values beside it, and once in
+  /// kObservationIsStoredEvery when nothing has: after a restart it may lag by that much. `now` is
+  /// in milliseconds since the epoch. True when it goes to the disk.
+  bool observe(Object& object, const mo::Property<std::uint64_t>& property, std::uint64_t now,
+               bool hasChanged);
+  static constexpr std::uint64_t kObservationIsStoredEvery = 60000;  // milliseconds
 
   /// Sends every change since the last call to the disk as one transaction. For `done` see
   /// CommitQueue::submit; without changes it tells that all earlier ones are durable.
@@ -112,6 +135,9 @@ class ObjectStore {
   explicit ObjectStore(Database database);
   Result<void> load();
   std::pair<Place, Place> rangeBelow(const mo::Dn& dn);
+  Object& create(const mo::Dn& dn, const mo::ClassInfo& classInfo);
+  /// True when the value is another one than before; no value clears the property.
+  bool set(Object& object, std::uint32_t propertyId, method::Value value);
   void stage(const Object& object, std::uint32_t propertyId);
 
   Database database_;  // once loaded, used by the queue's thread alone

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "dme/Token.h"
+#include "model/sd/SlotMo.h"
 #include "tests/dme/TempDirectory.h"
 
 namespace dme {
@@ -67,9 +68,9 @@ TEST_F(Admission, FirstRegistration_IssuesATokenAndAsksToRetry) {
   EXPECT_FALSE(verdict.isValid);
   EXPECT_TRUE(verdict.shouldRetry);
   EXPECT_THAT(verdict.token.str(), MatchesRegex("[0-9a-f]{32}"));
-  EXPECT_EQ(chassis_->slot(3)->get(slot_object::kToken), verdict.token);
-  EXPECT_EQ(chassis_->slot(3)->get(slot_object::kAdmission), 1);
-  EXPECT_EQ(chassis_->slot(3)->get(slot_object::kRunningVersion), "1.2");
+  EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kToken), verdict.token);
+  EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kAdmission), 1);
+  EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kRunningVersion), "1.2");
 }
 
 TEST_F(Admission, FirstRegistrationWithAForeignToken_IssuesATokenOfItsOwn) {
@@ -108,10 +109,10 @@ TEST_F(Admission, SlotWithAToken_JudgesByWhatTheBladeShows) {
   };
   for (const auto& each : kCases) {
     EXPECT_EQ(judge(3, each.shown), each.verdict) << each.what;
-    EXPECT_EQ(chassis_->slot(3)->get(slot_object::kToken), token) << each.what;
-    EXPECT_EQ(chassis_->slot(3)->get(slot_object::kAdmission), each.admission) << each.what;
+    EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kToken), token) << each.what;
+    EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kAdmission), each.admission) << each.what;
   }
-  EXPECT_EQ(chassis_->slot(3)->get(slot_object::kRegistrations), 11u);
+  EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kRegistrations), 11u);
 }
 
 TEST_F(Admission, TwoSlots_HaveTokensOfTheirOwn) {
@@ -142,7 +143,7 @@ TEST_F(Admission, DescribedChassis_RefusesOtherSlots) {
   EXPECT_TRUE(judge(1, "").shouldRetry);
   EXPECT_EQ(judge(3, ""), (Verdict{true, "slot 3 is not part of the chassis", "", false, false}));
   EXPECT_EQ(chassis_->slot(3), nullptr);
-  EXPECT_EQ(chassis_->slot(1)->get(slot_object::kName), "left");
+  EXPECT_EQ(chassis_->slot(1)->get(sd::SlotMo::kLabel), "left");
 }
 
 TEST_F(Admission, Reopened_KeepsTokensAndTheDescription) {
@@ -160,7 +161,7 @@ TEST_F(Admission, Reopened_KeepsTokensAndTheDescription) {
   open(other);
   EXPECT_EQ(chassis_->clusterId(), cluster);
   EXPECT_EQ(chassis_->epoch(), 2u);
-  EXPECT_EQ(chassis_->slot(1)->get(slot_object::kAdmission), 2);
+  EXPECT_EQ(chassis_->slot(1)->get(sd::SlotMo::kAdmission), 2);
   EXPECT_EQ(judge(1, token), (Verdict{false, "", token, true, false}));
   EXPECT_TRUE(judge(7, "").isRefused);
 }
@@ -168,7 +169,7 @@ TEST_F(Admission, Reopened_KeepsTokensAndTheDescription) {
 TEST_F(Admission, EndlessVersionText_IsRecordedBounded) {
   open();
   admission_->judge(1, std::string(1000, 'v'), "");
-  EXPECT_EQ(chassis_->slot(1)->get(slot_object::kRunningVersion), std::string(255, 'v'));
+  EXPECT_EQ(chassis_->slot(1)->get(sd::SlotMo::kRunningVersion), std::string(255, 'v'));
 }
 
 }  // namespace

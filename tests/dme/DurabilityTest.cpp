@@ -11,6 +11,7 @@
 
 #include "dme/Chassis.h"
 #include "dme/ObjectStore.h"
+#include "model/sd/SlotMo.h"
 #include "tests/dme/Acknowledged.h"
 #include "tests/dme/TempDirectory.h"
 
@@ -72,7 +73,7 @@ class Durability : public testing::Test {
     for (const auto& [number, token] : tokens_) {
       const Object* slot = chassis.slot(number);
       ASSERT_NE(slot, nullptr) << "slot " << number;
-      EXPECT_EQ(slot->get(slot_object::kToken), token) << "slot " << number;
+      EXPECT_EQ(slot->get(sd::SlotMo::kToken), token) << "slot " << number;
     }
   }
 

@@ -102,7 +102,7 @@ TEST_F(EngineTest, Blade_IsAdmittedAndSeenInTheQueries) {
   const std::optional<SlotView> view = engine->slot(3);
   ASSERT_TRUE(view);
   EXPECT_EQ(view->slot, 3u);
-  EXPECT_EQ(view->admission, Admission::kValid);
+  EXPECT_EQ(view->admission, sd::Admission::kValid);
   EXPECT_TRUE(view->hasToken);
   EXPECT_EQ(view->runningVersion, "1.2");
   EXPECT_EQ(view->registrations, 2u);

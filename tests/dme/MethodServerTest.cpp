@@ -9,6 +9,7 @@
 #include "framework/core_log/Log.h"
 #include "model/agboot/Methods.h"
 #include "model/dmeapi/Methods.h"
+#include "model/sd/SlotMo.h"
 #include "model/serverapi/Methods.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/sysdebug/Methods.h"
@@ -141,7 +142,7 @@ TEST_F(Server, RegistrationWithoutAnAnswerWanted_IsCarriedOutSilently) {
   handle(ServiceStandIn::encode<ValidateBladeStateMe>({3, "1.2", ""}, "c", false));
   store_->close();
   EXPECT_EQ(service_.count(), 0u);
-  EXPECT_FALSE(chassis_->slot(3)->get(slot_object::kToken).empty());
+  EXPECT_FALSE(chassis_->slot(3)->get(sd::SlotMo::kToken).empty());
 }
 
 TEST_F(Server, RegistrationThatCannotBeStored_IsToldToRetryWithoutAToken) {
@@ -187,13 +188,13 @@ TEST_F(Server, OsControllerVersion_IsRecordedAndSurvives) {
   store_ = std::move(*reopened);
   const Object* slot = store_->find(mo::Dn("sys/chassis-1/slot-3"));
   ASSERT_NE(slot, nullptr);
-  EXPECT_EQ(slot->get(slot_object::kRunningVersion), "1.2");
-  EXPECT_EQ(slot->get(slot_object::kRunningImage), "image");
-  EXPECT_EQ(slot->get(slot_object::kRunningImageSize), 1000u);
-  EXPECT_EQ(slot->get(slot_object::kCachedVersion), "1.1");
-  EXPECT_EQ(slot->get(slot_object::kCachedImage), "cached");
-  EXPECT_EQ(slot->get(slot_object::kCachedImageSize), 0u);
-  EXPECT_EQ(slot->get(slot_object::kVendor), "vendor");
+  EXPECT_EQ(slot->get(sd::SlotMo::kRunningVersion), "1.2");
+  EXPECT_EQ(slot->get(sd::SlotMo::kRunningImage), "image");
+  EXPECT_EQ(slot->get(sd::SlotMo::kRunningImageSize), 1000u);
+  EXPECT_EQ(slot->get(sd::SlotMo::kCachedVersion), "1.1");
+  EXPECT_EQ(slot->get(sd::SlotMo::kCachedImage), "cached");
+  EXPECT_EQ(slot->get(sd::SlotMo::kCachedImageSize), 0u);
+  EXPECT_EQ(slot->get(sd::SlotMo::kVendor), "vendor");
 }
 
 TEST_F(Server, OsControllerVersionThatWantsAnAnswer_IsOfferedNoImage) {
@@ -202,7 +203,7 @@ TEST_F(Server, OsControllerVersionThatWantsAnAnswer_IsOfferedNoImage) {
       call<OsControllerVersionMe>(versionArguments(3, base::String(std::string(300, 'i'))));
   ASSERT_FALSE(answer.failure);
   EXPECT_EQ(answer.me->out, std::make_tuple(base::String(""), base::String(""), 0U));
-  EXPECT_EQ(chassis_->slot(3)->get(slot_object::kRunningImage), std::string(255, 'i'));
+  EXPECT_EQ(chassis_->slot(3)->get(sd::SlotMo::kRunningImage), std::string(255, 'i'));
 }
 
 TEST_F(Server, OsControllerVersionOfAnUnknownSlot_IsRefused) {

@@ -9,6 +9,9 @@
 
 #include "dme/ObjectStore.h"
 #include "dme/StateLock.h"
+#include "model/sd/ChassisMo.h"
+#include "model/sd/SlotMo.h"
+#include "model/sd/SystemMo.h"
 #include "tests/dme/TempDirectory.h"
 
 namespace dme {
@@ -39,12 +42,12 @@ Trace traceOf(const std::string& directory) {
 std::unique_ptr<ObjectStore> filledStore(const std::string& directory) {
   auto store = ObjectStore::open(directory);
   EXPECT_TRUE(store) << store.error().text;
-  Object& system = (*store)->create(mo::Dn("sys"), system_object::kClass);
-  (*store)->set(system, system_object::kClusterId, std::uint64_t{18446744073709551615U});
-  (*store)->create(mo::Dn("sys/chassis-1"), chassis_object::kClass);
-  Object& slot = (*store)->create(mo::Dn("sys/chassis-1/slot-3"), slot_object::kClass);
-  (*store)->set(slot, slot_object::kNumber, 3U);
-  (*store)->set(slot, slot_object::kToken, base::String("s3cret"));
+  Object& system = (*store)->create<sd::SystemMo>(mo::Dn("sys"));
+  (*store)->set(system, sd::SystemMo::kClusterId, std::uint64_t{18446744073709551615U});
+  (*store)->create<sd::ChassisMo>(mo::Dn("sys/chassis-1"));
+  Object& slot = (*store)->create<sd::SlotMo>(mo::Dn("sys/chassis-1/slot-3"));
+  (*store)->set(slot, sd::SlotMo::kNumber, 3U);
+  (*store)->set(slot, sd::SlotMo::kToken, base::String("s3cret"));
   std::promise<void> stored;
   (*store)->commit([&stored](const Result<void>&) { stored.set_value(); });
   stored.get_future().get();
