@@ -160,7 +160,7 @@ TEST(Classes, AllOfThem_AreEleven) {
   EXPECT_EQ(names, (std::set<std::string_view>{"monitor", "diskFileSystem", "reportedAppInstance",
                                                "app", "dateTime", "system", "chassis", "slot",
                                                "appInstance", "operation", "fault"}));
-  EXPECT_EQ(model::classInfos().size(), 9U);
+  EXPECT_EQ(model::classInfos().size(), 11U);
 }
 
 TEST(Classes, UnknownClass_IsNotFound) {
