@@ -11,7 +11,9 @@
 
 #include "model/serviceorchapi/Methods.h"
 #include "serviceOrchAG/bridge/ClientMap.h"
+#include "serviceOrchAG/svc/Svc.h"
 #include "tests/support/Configured.h"
+#include "tests/support/InstalledMsgHandler.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingSvc.h"
 #include "tests/support/RegistryCleaner.h"
@@ -21,8 +23,10 @@
 namespace zan_serviceOrchAG {
 namespace {
 
+using serviceorchapi::UpdatePlatformInfoMe;
 using serviceorchapi::UpdateSmaHeartbeatMe;
 using test_support::Configured;
+using test_support::InstalledMsgHandler;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::RecordingSvc;
@@ -150,6 +154,18 @@ INSTANTIATE_TEST_SUITE_P(All, Routes,
                                          Route{"commandProgress", "update",
                                                "commandProgressUpdateResponse"},
                                          Route{"appFailure", "", "appFailureResponse"}));
+
+TEST_F(Dispatch, PlatformReport_ReachesItsHandler) {
+  const InstalledMsgHandler installed(handler_);
+  createSMAClient("3", "h", "1", true);
+  svc_.onSend([](const RecordingSvc::Sent& call) {
+    UpdatePlatformInfoMe me;
+    me.setCookie(call.cookie);
+    Svc::failedRspServiceorchapiUpdatePlatformInfoCb(me, 7, "no such slot");
+  });
+  expectReply(handle("platformInfo", "update", "<x/>"), 508, "platformInfoUpdateResponse",
+              "Failed to update PlatformInfo in DME.");
+}
 
 TEST_F(Dispatch, CommandThatMakesNoElementName_IsAnsweredWithAnEmptyBody) {
   const auto response = handle("<evil/>");
