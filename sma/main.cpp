@@ -8,7 +8,7 @@
 #include <string>
 
 #include "sma/Fleet.h"
-#include "sma/Report.h"
+#include "sma/RunResult.h"
 #include "sma/Requests.h"
 #include "sma/Scenario.h"
 #include "sma/SlotRange.h"

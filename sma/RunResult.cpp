@@ -1,4 +1,4 @@
-#include "sma/Report.h"
+#include "sma/RunResult.h"
 
 #include <array>
 #include <iomanip>
