@@ -5,12 +5,13 @@
 namespace sma {
 
 Backoff::Backoff(Duration first, Duration most, std::uint64_t seed)
-    : first_(first), most_(most), span_(first), random_(seed) {}
+    : first_(first), most_(most), span_(first), draws_(seed) {}
 
 Backoff::Duration Backoff::next() {
-  std::uniform_int_distribution<Duration::rep> pause(span_.count() / 2, span_.count());
+  const Duration pause =
+      span_ / 2 + Duration(draws_.oneOf(static_cast<std::size_t>(span_.count() / 2) + 1));
   span_ = std::min(span_ * 2, most_);
-  return Duration(pause(random_));
+  return pause;
 }
 
 }  // namespace sma

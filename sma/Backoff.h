@@ -2,7 +2,8 @@
 
 #include <chrono>
 #include <cstdint>
-#include <random>
+
+#include "sma/Random.h"
 
 namespace sma {
 
@@ -24,7 +25,7 @@ class Backoff {
   const Duration first_;
   const Duration most_;
   Duration span_;
-  std::mt19937_64 random_;
+  Draws draws_;
 };
 
 }  // namespace sma

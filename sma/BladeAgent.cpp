@@ -2,24 +2,41 @@
 
 #include <algorithm>
 
+#include "serviceOrchAG/svc/Vocabulary.h"
 #include "sma/Requests.h"
 
 namespace sma {
 namespace {
 
+using zan_serviceOrchAG::words;
+
 constexpr unsigned kStatusOk = 100;
 constexpr unsigned kStatusRegisterAgain = 510;
 constexpr unsigned kStatusNotRecognised = 511;
-
-std::vector<FaultEvent> inOrder(std::vector<FaultEvent> faults) {
-  std::stable_sort(faults.begin(), faults.end(),
-                   [](const FaultEvent& a, const FaultEvent& b) { return a.at < b.at; });
-  return faults;
-}
+/// Of one blade; what goes wrong a thousand times is clear from the first few.
+constexpr std::size_t kMostDisappointments = 20;
 
 BladeAgent::Settings ordered(BladeAgent::Settings settings) {
-  settings.faults = inOrder(std::move(settings.faults));
+  std::stable_sort(settings.events.begin(), settings.events.end(),
+                   [](const Event& a, const Event& b) { return a.at < b.at; });
   return settings;
+}
+
+const std::string& commandOf(RequestKind kind) {
+  switch (kind) {
+    case RequestKind::Report:
+      return words().platformInfoUpdateKey;
+    case RequestKind::Failure:
+      return words().appFailureKey;
+    default:
+      return words().commandProgressUpdateKey;
+  }
+}
+
+std::string secondsText(BladeAgent::Duration time) {
+  std::string text = std::to_string(static_cast<double>(time.count()) / 1000);
+  text.erase(text.find_last_not_of('0') + 1);
+  return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
 }
 
 }  // namespace
@@ -39,67 +56,117 @@ const char* stateName(BladeAgent::State state) {
 BladeAgent::BladeAgent(Settings settings, TimePoint start)
     : settings_(ordered(std::move(settings))),
       backoff_(settings_.firstPause, settings_.mostPause, settings_.seed),
-      token_(settings_.token),
+      platform_(settings_.seed, settings_.slot, settings_.apps),
       start_(start),
+      reporter_(settings_.reports, platform_, start),
+      token_(settings_.token),
       nextSend_(start),
       silentUntil_(start),
-      duplicateUntil_(start) {}
+      duplicateUntil_(start),
+      judged_(settings_.events.size()) {
+  for (const AppChange& change : settings_.appChanges) {
+    platform_.change(change);
+  }
+}
 
 BladeAgent::TimePoint BladeAgent::due() const {
-  TimePoint due =
-      outstanding_ == Kind::None ? std::max(nextSend_, silentUntil_) : outstandingDeadline_;
-  if (nextFault_ < settings_.faults.size()) {
-    due = std::min(due, start_ + settings_.faults[nextFault_].at);
+  TimePoint due = TimePoint::max();
+  if (!sessionPending_) {
+    due = std::max(nextSend_, silentUntil_);
   }
-  for (const Odd& odd : odd_) {
-    due = std::min(due, odd.deadline);
+  if (state_ == State::Registered) {
+    due = std::min(due, std::max(reporter_.due(), silentUntil_));
+  }
+  if (nextEvent_ < settings_.events.size()) {
+    due = std::min(due, start_ + settings_.events[nextEvent_].at);
+  }
+  for (const Pending& pending : pending_) {
+    due = std::min(due, pending.deadline);
   }
   return due;
 }
 
 void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
-  expireOdd(now);
-  expireOutstanding(now);
-  while (nextFault_ < settings_.faults.size() && start_ + settings_.faults[nextFault_].at <= now) {
-    startFault(settings_.faults[nextFault_++], now, outbox);
+  expire(now);
+  while (nextEvent_ < settings_.events.size() && start_ + settings_.events[nextEvent_].at <= now) {
+    start(nextEvent_++, now, outbox);
   }
-  if (outstanding_ == Kind::None && now >= nextSend_ && now >= silentUntil_) {
-    sendDue(now, outbox);
-  }
-}
-
-void BladeAgent::startFault(const FaultEvent& event, TimePoint now, const Outbox& outbox) {
-  switch (event.fault) {
-    case Fault::Silence:
-      silentUntil_ = now + event.lasts;
-      return;
-    case Fault::DuplicateBeats:
-      duplicateUntil_ = now + event.lasts;
-      return;
-    case Fault::WrongToken:
-    case Fault::EmptyToken:
-      token_ = event.fault == Fault::WrongToken ? "foreign-" + std::to_string(settings_.seed) : "";
-      state_ = State::Unregistered;
-      nextSend_ = now;
-      return;
-    default:
-      for (unsigned i = 0; i < event.times; ++i) {
-        sendOdd(event.fault, now, outbox);
-      }
-  }
-}
-
-void BladeAgent::sendOdd(Fault fault, TimePoint now, const Outbox& outbox) {
-  const std::string id = nextId();
-  if (!outbox(makeFaultyRequest(fault, id, settings_.slot))) {
-    ++counts_.unsent;
+  if (!maySend(now)) {
     return;
   }
-  ++counts_.odd;
-  odd_.push_back({id, now + settings_.oddWait});
+  if (!sessionPending_ && now >= nextSend_) {
+    sendSession(now, outbox);
+  }
+  if (state_ == State::Registered) {
+    sendReports(now, outbox);
+  }
 }
 
-void BladeAgent::sendDue(TimePoint now, const Outbox& outbox) {
+// --- what happens to the blade
+
+void BladeAgent::start(std::size_t event, TimePoint now, const Outbox& outbox) {
+  std::visit([&](const auto& what) { begin(what, event, now, outbox); },
+             settings_.events[event].what);
+}
+
+void BladeAgent::begin(const ChangeToken& what, std::size_t /*event*/, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  token_ = what.empty ? "" : "foreign-" + std::to_string(settings_.seed);
+  state_ = State::Unregistered;
+  nextSend_ = now;
+}
+
+void BladeAgent::begin(const Silence& what, std::size_t /*event*/, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  silentUntil_ = now + what.lasts;
+}
+
+void BladeAgent::begin(const DuplicateBeats& what, std::size_t /*event*/, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  duplicateUntil_ = now + what.lasts;
+}
+
+void BladeAgent::begin(const SendOdd& what, std::size_t event, TimePoint now,
+                       const Outbox& outbox) {
+  const auto time = std::chrono::duration_cast<Duration>(now - start_);
+  for (unsigned i = 0; i < what.times; ++i) {
+    post(RequestKind::Odd, makeOddRequest(*what.request, platform_, time, nextId()),
+         now + oddWait(event), event, outbox);
+  }
+}
+
+void BladeAgent::begin(const SendReport& /*what*/, std::size_t event, TimePoint /*now*/,
+                       const Outbox& /*outbox*/) {
+  reporter_.report(event);
+}
+
+void BladeAgent::begin(const FailApp& what, std::size_t event, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  reporter_.failApp(what.app.in(settings_.slot), what.lasts, now, event);
+}
+
+void BladeAgent::begin(const RunOperation& what, std::size_t event, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  OperationPlan plan = what.plan;
+  plan.app = what.app.in(settings_.slot);
+  reporter_.run(plan, now, event);
+}
+
+// --- sending
+
+bool BladeAgent::post(RequestKind kind, const msglyr::Message& message, TimePoint deadline,
+                      std::size_t event, const Outbox& outbox) {
+  if (!outbox(message)) {
+    ++counts_.unsent;
+    disappoint(event, "could not be sent");
+    return false;
+  }
+  ++counts_.of(kind).sent;
+  pending_.push_back({message[2], kind, deadline, event});
+  return true;
+}
+
+void BladeAgent::sendSession(TimePoint now, const Outbox& outbox) {
   if (state_ == State::Registered) {
     sendBeat(now, outbox);
   } else {
@@ -113,36 +180,30 @@ void BladeAgent::sendRegister(TimePoint now, const Outbox& outbox) {
   registration.ip = settings_.ip;
   registration.port = settings_.port;
   registration.token = token_;
-  registration.osVersion = "2.4.1";
-  registration.imageName = "platform-2.4.1.img";
+  registration.osVersion = kPlatformRelease;
+  registration.imageName = "platform-" + registration.osVersion + ".img";
   registration.imageSize = 412'316'860;
-  const std::string id = nextId();
-  if (!outbox(makeRequest("register", id, settings_.slot, registerDocument(registration)))) {
-    ++counts_.unsent;
+  const auto request =
+      makeRequest(words().registerKey, nextId(), settings_.slot, registerDocument(registration));
+  sessionPending_ =
+      post(RequestKind::Register, request, now + settings_.registerWait, kNoEvent, outbox);
+  if (!sessionPending_) {
     nextSend_ = now + backoff_.next();
-    return;
   }
-  ++counts_.registers;
-  outstanding_ = Kind::Register;
-  outstandingId_ = id;
-  outstandingDeadline_ = now + settings_.registerWait;
 }
 
 void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(settings_.beat);
   const std::string document =
-      heartbeatDocument(beatCount_ + 1, static_cast<std::uint32_t>(seconds.count()));
-  const std::string id = nextId();
-  if (!outbox(makeRequest("heartbeat", id, settings_.slot, document))) {
-    ++counts_.unsent;
+      toXml(heartbeatDocument(beatCount_ + 1, static_cast<std::uint32_t>(seconds.count())));
+  const auto& key = words().heartbeatKey;
+  sessionPending_ = post(RequestKind::Beat, makeRequest(key, nextId(), settings_.slot, document),
+                         now + settings_.beatWait, kNoEvent, outbox);
+  if (!sessionPending_) {
     nextSend_ = now + backoff_.next();
     return;
   }
   ++beatCount_;
-  ++counts_.beats;
-  outstanding_ = Kind::Beat;
-  outstandingId_ = id;
-  outstandingDeadline_ = now + settings_.beatWait;
   // From beat to beat, so that the rate does not drift by the time that a reply takes. Beats that
   // a pause swallowed are not made up for.
   nextSend_ += settings_.beat;
@@ -150,82 +211,160 @@ void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
     nextSend_ = now + settings_.beat;
   }
   if (now < duplicateUntil_) {
-    const std::string again = nextId();
-    if (outbox(makeRequest("heartbeat", again, settings_.slot, document))) {
-      ++counts_.odd;
-      odd_.push_back({again, now + settings_.oddWait});
-    }
+    post(RequestKind::Odd, makeRequest(key, nextId(), settings_.slot, document),
+         now + settings_.oddWait, kNoEvent, outbox);
   }
 }
 
-void BladeAgent::expireOdd(TimePoint now) {
-  counts_.oddUnanswered +=
-      std::erase_if(odd_, [now](const Odd& odd) { return odd.deadline <= now; });
+void BladeAgent::sendReports(TimePoint now, const Outbox& outbox) {
+  while (auto request = reporter_.next(now)) {
+    sendReport(*request, now, outbox);
+  }
 }
 
-void BladeAgent::expireOutstanding(TimePoint now) {
-  if (outstanding_ == Kind::None || now < outstandingDeadline_) {
-    return;
+void BladeAgent::sendReport(const Reporter::Request& request, TimePoint now, const Outbox& outbox) {
+  const std::size_t event = request.event.value_or(kNoEvent);
+  const auto message =
+      makeRequest(commandOf(request.kind), nextId(), settings_.slot, request.document);
+  const auto wait =
+      request.kind == RequestKind::QuietProgress ? oddWait(event) : settings_.reportWait;
+  const bool sent = post(request.kind, message, now + wait, event, outbox);
+  if (!sent && request.kind == RequestKind::Report) {
+    reporter_.onReportEnd();
   }
-  ++counts_.unanswered;
-  outstanding_ = Kind::None;
-  nextSend_ = now + backoff_.next();
+}
+
+// Where no reply is to come, it is not waited for as long as where one is.
+BladeAgent::Duration BladeAgent::oddWait(std::size_t event) const {
+  const bool wanted = event != kNoEvent && settings_.events[event].expected &&
+                      !settings_.events[event].expected->none;
+  return wanted ? settings_.reportWait : settings_.oddWait;
+}
+
+// --- what comes back, or does not
+
+void BladeAgent::expire(TimePoint now) {
+  std::vector<Pending> late;
+  const auto firstLate = std::stable_partition(
+      pending_.begin(), pending_.end(), [now](const Pending& each) { return now < each.deadline; });
+  std::move(firstLate, pending_.end(), std::back_inserter(late));
+  pending_.erase(firstLate, pending_.end());
+  for (const Pending& each : late) {
+    giveUp(each, now);
+  }
+}
+
+void BladeAgent::giveUp(const Pending& pending, TimePoint now) {
+  ++counts_.of(pending.kind).unanswered;
+  if (pending.kind == RequestKind::Register || pending.kind == RequestKind::Beat) {
+    nextSend_ = now + backoff_.next();
+  }
+  end(pending);
+  judge(pending.event, nullptr);
+}
+
+void BladeAgent::end(const Pending& pending) {
+  switch (pending.kind) {
+    case RequestKind::Register:
+    case RequestKind::Beat:
+      sessionPending_ = false;
+      return;
+    case RequestKind::Report:
+      reporter_.onReportEnd();
+      return;
+    default:
+      return;
+  }
 }
 
 void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
   Reply reply;
-  if (!parseReply(message, reply)) {
+  const bool readable = parseReply(message, reply);
+  const auto found = std::find_if(pending_.begin(), pending_.end(), [&](const Pending& each) {
+    return readable && each.id == reply.messageId;
+  });
+  if (found == pending_.end()) {
     ++counts_.strays;
     return;
   }
-  const bool awaited = outstanding_ != Kind::None && reply.messageId == outstandingId_;
-  if (!awaited && !takeOdd(reply.messageId)) {
-    ++counts_.strays;
-    return;
-  }
-  ++counts_.replies;
-  ++counts_.statuses[reply.status];
+  const Pending pending = std::move(*found);
+  pending_.erase(found);
+  ++counts_.of(pending.kind).statuses[reply.status];
   lastStatus_ = reply.status;
   lastMessage_ = reply.message;
-  if (!awaited) {
-    return;
-  }
-  const Kind kind = outstanding_;
-  outstanding_ = Kind::None;
-  if (kind == Kind::Register) {
-    gatewayKey_ = reply.zedPubKey;
-    onRegisterReply(reply.status, reply.token, now);
-  } else {
-    onBeatReply(reply.status, now);
+  end(pending);
+  judge(pending.event, &reply);
+  if (pending.kind == RequestKind::Register) {
+    onRegisterReply(reply, now);
+  } else if (pending.kind != RequestKind::Odd) {
+    onRegisteredReply(reply.status, now);
   }
 }
 
-bool BladeAgent::takeOdd(const std::string& id) {
-  return std::erase_if(odd_, [&id](const Odd& odd) { return odd.id == id; }) != 0;
-}
-
-void BladeAgent::onRegisterReply(unsigned status, const std::string& token, TimePoint now) {
-  if (status == kStatusOk) {
+void BladeAgent::onRegisterReply(const Reply& reply, TimePoint now) {
+  gatewayKey_ = reply.zedPubKey;
+  if (reply.status == kStatusOk) {
     state_ = State::Registered;
-    token_ = token;
+    token_ = reply.token;
     backoff_.reset();
     // The first beats of blades that registered together are spread over one interval.
     nextSend_ = now + settings_.beat * (1 + settings_.seed % 16) / 16;
+    reporter_.start(now);
     return;
   }
-  state_ = status == kStatusNotRecognised ? State::Refused : State::Unregistered;
+  state_ = reply.status == kStatusNotRecognised ? State::Refused : State::Unregistered;
   nextSend_ = now + backoff_.next();
 }
 
-void BladeAgent::onBeatReply(unsigned status, TimePoint now) {
+void BladeAgent::onRegisteredReply(unsigned status, TimePoint now) {
   if (status == kStatusOk) {
     backoff_.reset();
+    return;
+  }
+  if (state_ != State::Registered) {
     return;
   }
   if (status == kStatusRegisterAgain || status == kStatusNotRecognised) {
     state_ = status == kStatusRegisterAgain ? State::Unregistered : State::Refused;
     nextSend_ = now + backoff_.next();
   }
+}
+
+// --- what was expected
+
+void BladeAgent::judge(std::size_t event, const Reply* reply) {
+  if (event == kNoEvent || !settings_.events[event].expected) {
+    return;
+  }
+  ++judged_[event];
+  const ExpectedReply& expected = *settings_.events[event].expected;
+  if (!expected.isMetBy(reply)) {
+    disappoint(event, "got " + replyText(reply) + ", expected " + expected.text());
+  }
+}
+
+void BladeAgent::disappoint(std::size_t event, const std::string& cause) {
+  const bool expected = event != kNoEvent && settings_.events[event].expected;
+  if (expected && disappointments_.size() < kMostDisappointments) {
+    disappointments_.push_back(eventText(event) + " " + cause);
+  }
+}
+
+std::string BladeAgent::eventText(std::size_t event) const {
+  return std::string(eventName(settings_.events[event].what)) + " at " +
+         secondsText(settings_.events[event].at) + " s";
+}
+
+std::vector<std::string> BladeAgent::disappointments() const {
+  std::vector<std::string> all = disappointments_;
+  for (std::size_t event = 0; event < settings_.events.size(); ++event) {
+    const unsigned due = requestsOf(settings_.events[event].what);
+    if (settings_.events[event].expected && judged_[event] < due) {
+      all.push_back(eventText(event) + " had " + std::to_string(judged_[event]) + " of " +
+                    std::to_string(due) + " replies judged when the run ended");
+    }
+  }
+  return all;
 }
 
 std::string BladeAgent::nextId() {

@@ -3,19 +3,23 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/msglyr/Message.h"
 #include "sma/Backoff.h"
 #include "sma/BladeCounts.h"
-#include "sma/Fault.h"
+#include "sma/Event.h"
+#include "sma/Platform.h"
+#include "sma/Reporter.h"
 
 namespace sma {
 
-/// The agent of one blade: registers, keeps the token that it is told, beats, registers again when
-/// the gateway does not know it, backs off when it is not answered. It knows no socket and no
-/// clock: the fleet that drives it gives it both. One thread.
+/// The agent of one blade: registers, keeps the token that it is told, beats, reports, registers
+/// again when the gateway does not know it, backs off when it is not answered. It knows no socket
+/// and no clock: the fleet that drives it gives it both. One thread.
 class BladeAgent {
  public:
   using Clock = std::chrono::steady_clock;
@@ -24,7 +28,7 @@ class BladeAgent {
 
   enum class State {
     Unregistered,  ///< has not been accepted yet, or was told to register again
-    Registered,    ///< beats
+    Registered,    ///< beats and reports
     Refused,       ///< its token was not recognised; asks again now and then
   };
 
@@ -36,17 +40,23 @@ class BladeAgent {
     Duration beat{5000};
     Duration beatWait{5000};       ///< for the reply to a beat
     Duration registerWait{25000};  ///< for the reply to a register request
+    Duration reportWait{15000};    ///< for the reply to a report, of a failure or progress, too
     Duration oddWait{1000};        ///< for a reply to an odd request, which usually never comes
     Duration firstPause{500};      ///< of the back-off
     Duration mostPause{30000};
     std::uint64_t seed = 1;
-    std::vector<FaultEvent> faults;
+    unsigned apps = 0;                  ///< instances of its own
+    std::vector<AppChange> appChanges;  ///< in what they differ from the usual
+    Reporter::Settings reports;
+    std::vector<Event> events;
   };
 
   /// Takes a request towards the gateway. False when there is no connection at the moment.
   using Outbox = std::function<bool(const msglyr::Message&)>;
 
   BladeAgent(Settings settings, TimePoint start);
+  BladeAgent(const BladeAgent&) = delete;  // its parts know each other
+  BladeAgent& operator=(const BladeAgent&) = delete;
 
   /// When onTime() wants to be called next.
   TimePoint due() const;
@@ -62,46 +72,71 @@ class BladeAgent {
   unsigned lastStatus() const { return lastStatus_; }
   const std::string& lastMessage() const { return lastMessage_; }
   const BladeCounts& counts() const { return counts_; }
+  const BladePlatform& platform() const { return platform_; }
+  /// A line for each reply so far that was not what its event expected, and for each event whose
+  /// replies are still to come.
+  std::vector<std::string> disappointments() const;
 
  private:
-  enum class Kind { None, Register, Beat };
+  static constexpr std::size_t kNoEvent = std::numeric_limits<std::size_t>::max();
 
-  struct Odd {
+  struct Pending {
     std::string id;
+    RequestKind kind;
     TimePoint deadline;
+    std::size_t event;
   };
 
-  void startFault(const FaultEvent& event, TimePoint now, const Outbox& outbox);
-  void sendOdd(Fault fault, TimePoint now, const Outbox& outbox);
-  void sendDue(TimePoint now, const Outbox& outbox);
+  void start(std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const ChangeToken& what, std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const Silence& what, std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const DuplicateBeats& what, std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const SendOdd& what, std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const SendReport& what, std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const FailApp& what, std::size_t event, TimePoint now, const Outbox& outbox);
+  void begin(const RunOperation& what, std::size_t event, TimePoint now, const Outbox& outbox);
+
+  bool maySend(TimePoint now) const { return now >= silentUntil_; }
+  bool post(RequestKind kind, const msglyr::Message& message, TimePoint deadline, std::size_t event,
+            const Outbox& outbox);
+  void sendSession(TimePoint now, const Outbox& outbox);
   void sendRegister(TimePoint now, const Outbox& outbox);
   void sendBeat(TimePoint now, const Outbox& outbox);
-  void expireOdd(TimePoint now);
-  void expireOutstanding(TimePoint now);
-  bool takeOdd(const std::string& id);
-  void onRegisterReply(unsigned status, const std::string& token, TimePoint now);
-  void onBeatReply(unsigned status, TimePoint now);
+  void sendReports(TimePoint now, const Outbox& outbox);
+  void sendReport(const Reporter::Request& request, TimePoint now, const Outbox& outbox);
+  Duration oddWait(std::size_t event) const;
+
+  void expire(TimePoint now);
+  void giveUp(const Pending& pending, TimePoint now);
+  void end(const Pending& pending);
+  void onRegisterReply(const Reply& reply, TimePoint now);
+  void onRegisteredReply(unsigned status, TimePoint now);
+  void judge(std::size_t event, const Reply* reply);
+  void disappoint(std::size_t event, const std::string& cause);
+  std::string eventText(std::size_t event) const;
   std::string nextId();
 
   const Settings settings_;
   Backoff backoff_;
+  BladePlatform platform_;
+  const TimePoint start_;
+  Reporter reporter_;
   std::string token_;
   std::string gatewayKey_;
   State state_ = State::Unregistered;
-  const TimePoint start_;
-  std::size_t nextFault_ = 0;  // settings_.faults is in order of time
-  TimePoint nextSend_;
+  std::size_t nextEvent_ = 0;  // settings_.events is in order of time
+  TimePoint nextSend_;         // of register or beat
   TimePoint silentUntil_;
   TimePoint duplicateUntil_;
-  Kind outstanding_ = Kind::None;
-  std::string outstandingId_;
-  TimePoint outstandingDeadline_;
-  std::vector<Odd> odd_;
+  bool sessionPending_ = false;  // a register or beat awaits its reply; one at a time
+  std::vector<Pending> pending_;
   std::uint64_t sequence_ = 0;
   std::uint32_t beatCount_ = 0;
   unsigned lastStatus_ = 0;
   std::string lastMessage_;
   BladeCounts counts_;
+  std::vector<unsigned> judged_;  // replies, by event
+  std::vector<std::string> disappointments_;
 };
 
 /// "unregistered", "registered" or "refused".

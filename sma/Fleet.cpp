@@ -29,14 +29,23 @@ Fleet::Fleet(const Settings& settings, const Scenario& scenario)
 
 Fleet::~Fleet() = default;
 
-// Connections need a moment, and blades of a rack do not all start in one instant.
-BladeAgent::Duration Fleet::startDelayOf(std::uint64_t seed) const {
-  constexpr std::int64_t kConnectMs = 50;
+// Blades of a rack do not all do one thing in one instant: many are spread over an interval, few
+// over a moment, which is what a new connection needs.
+BladeAgent::Duration Fleet::spread(std::uint64_t seed, BladeAgent::Duration interval) const {
+  constexpr BladeAgent::Duration kMoment{50};
   constexpr std::size_t kSmallFleet = 64;
-  const std::int64_t spread =
-      settings_.slots.size() <= kSmallFleet ? kConnectMs : settings_.beat.count();
-  const auto share = static_cast<std::int64_t>(seed % 1000) * spread / 1000;
-  return BladeAgent::Duration(kConnectMs + share);
+  const auto whole = settings_.slots.size() <= kSmallFleet ? kMoment : interval;
+  return kMoment + whole * static_cast<std::int64_t>(seed % 1000) / 1000;
+}
+
+Reporter::Settings Fleet::reportsOf(std::uint64_t seed) const {
+  Reporter::Settings reports;
+  reports.every = settings_.report;
+  reports.first = spread(seed, settings_.report);
+  reports.failChance = settings_.failChance;
+  reports.workChance = settings_.workChance;
+  reports.seed = seed;
+  return reports;
 }
 
 void Fleet::addBlade(std::uint32_t slot, const Scenario& scenario) {
@@ -47,10 +56,12 @@ void Fleet::addBlade(std::uint32_t slot, const Scenario& scenario) {
   blade.beat = settings_.beat;
   blade.beatWait = std::max(settings_.beat, std::chrono::milliseconds(5000));
   blade.seed = settings_.seed * 1'000'003 + slot;
+  blade.apps = settings_.apps;
+  blade.reports = reportsOf(blade.seed);
   scenario.apply(blade);
 
   const std::size_t number = blades_.size();
-  const auto startDelay = startDelayOf(blade.seed);
+  const auto startDelay = spread(blade.seed, settings_.beat);
   const auto socket = sockets_.add(settings_.gateway);
   bladeOf_.resize(std::max(bladeOf_.size(), socket + 1), kListener);
   bladeOf_[socket] = number;

@@ -25,8 +25,12 @@ class Fleet {
     std::chrono::milliseconds beat{5000};
     std::chrono::milliseconds runFor{0};  ///< 0: until stop()
     std::uint64_t seed = 1;
-    std::string ip = "127.0.0.1";  ///< where the blades say that they listen
-    std::uint32_t listenBase = 0;  ///< blade N listens on this port plus N; 0: not at all
+    std::chrono::milliseconds report{0};  ///< between platform reports; 0: none
+    unsigned apps = 0;                    ///< instances on each blade
+    double failChance = 0;                ///< with each report, that an instance fails
+    double workChance = 0;                ///< with each report, that an instance gets a hot fix
+    std::string ip = "127.0.0.1";         ///< where the blades say that they listen
+    std::uint32_t listenBase = 0;         ///< blade N listens on this port plus N; 0: not at all
   };
 
   /// Connects every blade. Throws std::runtime_error naming what cannot be opened and the cause.
@@ -51,7 +55,8 @@ class Fleet {
     bool operator>(const Due& other) const { return time > other.time; }
   };
 
-  BladeAgent::Duration startDelayOf(std::uint64_t seed) const;
+  BladeAgent::Duration spread(std::uint64_t seed, BladeAgent::Duration interval) const;
+  Reporter::Settings reportsOf(std::uint64_t seed) const;
   void addBlade(std::uint32_t slot, const Scenario& scenario);
   void serveDue(BladeAgent::TimePoint now);
   void schedule(std::size_t blade);

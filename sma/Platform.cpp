@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "sma/Random.h"
+
 namespace sma {
 namespace {
 
@@ -39,15 +41,6 @@ constexpr std::array<DiskKind, 4> kDiskKinds{{
     {"sdb1", "/data", 937'684'992},
     {"sdc1", "/data2", 1'875'374'080},
 }};
-
-/// SplitMix64's output function: neighbouring inputs give unrelated outputs. After Steele, Lea and
-/// Flood, "Fast splittable pseudorandom number generators", 2014.
-std::uint64_t mixed(std::uint64_t value) {
-  value += 0x9e3779b97f4a7c15U;
-  value = (value ^ (value >> 30U)) * 0xbf58476d1ce4e5b9U;
-  value = (value ^ (value >> 27U)) * 0x94d049bb133111ebU;
-  return value ^ (value >> 31U);
-}
 
 std::uint64_t hashed(const std::string& text) {
   std::uint64_t hash = text.size();
@@ -108,8 +101,7 @@ BladePlatform::BladePlatform(std::uint64_t seed, std::uint32_t slot, unsigned ap
     : seed_(mixed(mixed(seed) + slot)), slot_(slot), ownApps_(apps) {}
 
 double BladePlatform::draw(std::uint64_t purpose) const {
-  constexpr double kScale = 1.0 / static_cast<double>(std::uint64_t{1} << 53U);
-  return static_cast<double>(mixed(seed_ + purpose) >> 11U) * kScale;
+  return asShare(mixed(seed_ + purpose));
 }
 
 double BladePlatform::draw(std::uint64_t purpose, double least, double most) const {

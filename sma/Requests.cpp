@@ -13,41 +13,19 @@ namespace {
 using zan_serviceOrchAG::names;
 using zan_serviceOrchAG::words;
 
-constexpr std::string_view kService = "serviceOrchAG";
 constexpr std::string_view kIdentityPrefix = "sma_slot";
-/// More than any gateway takes by default.
-constexpr std::size_t kOversize = 1'500'000;
 constexpr unsigned kParts = 5;
 
 std::string contentTypeAndVersion() {
   return words().contentType + ":" + words().contentVersion;
 }
 
-/// A document under construction.
-class Document {
- public:
-  explicit Document(const std::string& name) : root_(converter_.xmlAddRootNode(name, "")) {}
-
-  noxxml::AgElement* add(const base::String& name, const base::String& value) {
-    return add(name, value, root_);
-  }
-  noxxml::AgElement* add(const base::String& name, const base::String& value,
-                         noxxml::AgElement* parent) {
-    return converter_.xmlAddChildNode(name, value, parent);
-  }
-  std::string text() const { return noxxml::XMLConverter::xmlSerialize(root_); }
-
- private:
-  noxxml::XMLConverter converter_;
-  noxxml::AgElement* root_;
-};
-
-void addImage(Document& document, const base::String& name, const Registration& registration) {
-  noxxml::AgElement* image = document.add(name, "");
-  document.add(names().osVersion, registration.osVersion, image);
-  document.add(names().imageName, registration.imageName, image);
-  document.add(names().size, std::to_string(registration.imageSize), image);
-  document.add("checksum_md5", "9e107d9d372bb6826bd81d3542a419d6", image);
+void addImage(Element& document, std::string_view name, const Registration& registration) {
+  Element& image = document.add(name);
+  image.add(names().osVersion.view(), registration.osVersion);
+  image.add(names().imageName.view(), registration.imageName);
+  image.add(names().size.view(), std::to_string(registration.imageSize));
+  image.add("checksum_md5", "9e107d9d372bb6826bd81d3542a419d6");
 }
 
 std::string utcNow() {
@@ -72,7 +50,7 @@ std::string clientIdentity(std::uint32_t slot) {
 msglyr::Message makeRequest(std::string_view command, std::string_view messageId,
                             std::uint32_t slot, std::string_view document) {
   msglyr::Message message(kParts);
-  message[0] = std::string(kService) + "." + std::string(command);
+  message[0] = std::string(kServiceName) + "." + std::string(command);
   message[1] = contentTypeAndVersion();
   message[2] = messageId;
   message[3] = clientIdentity(slot);
@@ -80,57 +58,30 @@ msglyr::Message makeRequest(std::string_view command, std::string_view messageId
   return message;
 }
 
-std::string registerDocument(const Registration& registration) {
-  Document document("registerRequest");
-  document.add(names().bladeSlotId, std::to_string(registration.slot));
-  document.add(names().ip, registration.ip);
-  document.add(names().port, std::to_string(registration.port));
-  document.add(names().token, registration.token);
-  document.add(names().authorizedPubKey, "");
-  document.add(names().bladeCurrTime, utcNow());
-  document.add(names().upTime, std::to_string(std::clock() / CLOCKS_PER_SEC));
-  addImage(document, names().cachePlatformImage, registration);
-  addImage(document, names().runningPlatformImage, registration);
-  return document.text();
+msglyr::Message makeRequest(std::string_view command, std::string_view messageId,
+                            std::uint32_t slot, const Element& document) {
+  return makeRequest(command, messageId, slot, toXml(document));
 }
 
-std::string heartbeatDocument(std::uint32_t count, std::uint32_t timer) {
-  Document document("heartbeatRequest");
-  document.add(names().count, std::to_string(count));
-  document.add(names().timer, std::to_string(timer));
-  return document.text();
+Element registerDocument(const Registration& registration) {
+  Element document{"registerRequest", "", {}};
+  document.add(names().bladeSlotId.view(), std::to_string(registration.slot));
+  document.add(names().ip.view(), registration.ip);
+  document.add(names().port.view(), std::to_string(registration.port));
+  document.add(names().token.view(), registration.token);
+  document.add(names().authorizedPubKey.view());
+  document.add(names().bladeCurrTime.view(), utcNow());
+  document.add(names().upTime.view(), std::to_string(std::clock() / CLOCKS_PER_SEC));
+  addImage(document, names().cachePlatformImage.view(), registration);
+  addImage(document, names().runningPlatformImage.view(), registration);
+  return document;
 }
 
-msglyr::Message makeFaultyRequest(Fault fault, std::string_view messageId, std::uint32_t slot) {
-  msglyr::Message message =
-      makeRequest(words().heartbeatKey, messageId, slot, heartbeatDocument(1, 1));
-  switch (fault) {
-    case Fault::MalformedXml:
-      message[4] = "<heartbeatRequest><count>1</timer></heartbeatRequest>\x01<";
-      break;
-    case Fault::TruncatedXml:
-      message[4].resize(message[4].size() / 2);
-      break;
-    case Fault::OversizedXml:
-      message[4] =
-          "<heartbeatRequest><count>" + std::string(kOversize, '1') + "</count></heartbeatRequest>";
-      break;
-    case Fault::WrongPartCount:
-      message.parts().pop_back();
-      break;
-    case Fault::WrongContentType:
-      message[1] = words().contentType + ":2";
-      break;
-    case Fault::UnknownCommand:
-      message[0] = std::string(kService) + ".selfDestruct";
-      break;
-    case Fault::ForeignSubject:
-      message[0] = "someOtherService." + words().heartbeatKey;
-      break;
-    default:
-      break;
-  }
-  return message;
+Element heartbeatDocument(std::uint32_t count, std::uint32_t timer) {
+  Element document{"heartbeatRequest", "", {}};
+  document.add(names().count.view(), std::to_string(count));
+  document.add(names().timer.view(), std::to_string(timer));
+  return document;
 }
 
 bool parseReply(const msglyr::Message& message, Reply& reply) {
@@ -169,16 +120,16 @@ bool makeRefusal(const msglyr::Message& command, msglyr::Message& reply) {
   if (command.getnumParts() != kParts) {
     return false;
   }
-  Document document("errorResponse");
-  noxxml::AgElement* response = document.add("response", "");
-  document.add(names().code, "500", response);
-  document.add("message", "Invalid command", response);
+  Element document{"errorResponse", "", {}};
+  Element& response = document.add("response");
+  response.add(names().code.view(), "500");
+  response.add("message", "Invalid command");
   reply = msglyr::Message(kParts);
   reply[0] = command[0];
   reply[1] = command[1];
   reply[2] = command[2];
   reply[3] = "500";
-  reply[4] = document.text();
+  reply[4] = toXml(document);
   return true;
 }
 

@@ -5,12 +5,15 @@
 #include <string_view>
 
 #include "framework/msglyr/Message.h"
-#include "sma/Fault.h"
+#include "sma/Element.h"
 
 namespace sma {
 
 /// The gateway's server end point on this machine: the left supervisor's or the right one's.
 std::string defaultGateway(bool left);
+
+/// The gateway's name in the subjects of requests.
+inline constexpr std::string_view kServiceName = "serviceOrchAG";
 
 /// The text by which a blade names itself: "sma_slot" and the slot number.
 std::string clientIdentity(std::uint32_t slot);
@@ -19,6 +22,8 @@ std::string clientIdentity(std::uint32_t slot);
 /// `command` is the subject's part after the service's name, with its action if it has one.
 msglyr::Message makeRequest(std::string_view command, std::string_view messageId,
                             std::uint32_t slot, std::string_view document);
+msglyr::Message makeRequest(std::string_view command, std::string_view messageId,
+                            std::uint32_t slot, const Element& document);
 
 /// What a blade says of itself when it registers.
 struct Registration {
@@ -31,13 +36,9 @@ struct Registration {
   std::uint64_t imageSize = 0;  ///< bytes
 };
 
-std::string registerDocument(const Registration& registration);
+Element registerDocument(const Registration& registration);
 /// `timer` is the blade's beat interval in seconds.
-std::string heartbeatDocument(std::uint32_t count, std::uint32_t timer);
-
-/// The request that makes up one occurrence of a fault; the fault is one of those for which
-/// isOneRequest() holds.
-msglyr::Message makeFaultyRequest(Fault fault, std::string_view messageId, std::uint32_t slot);
+Element heartbeatDocument(std::uint32_t count, std::uint32_t timer);
 
 /// What a reply says.
 struct Reply {

@@ -28,9 +28,9 @@ std::string shortened(const std::string& token) {
   return printable(token.size() <= kTokenShown ? token : token.substr(0, kTokenShown) + "..");
 }
 
-std::string statusText(const BladeCounts& counts) {
+std::string statusText(const Statuses& statuses) {
   std::string text;
-  for (const auto& [status, count] : counts.statuses) {
+  for (const auto& [status, count] : statuses) {
     text += (text.empty() ? "" : " ") + std::to_string(status) + "x" + std::to_string(count);
   }
   return text.empty() ? "-" : text;
@@ -44,14 +44,8 @@ struct Totals {
 Totals total(const std::vector<const BladeAgent*>& blades) {
   Totals totals;
   for (const BladeAgent* blade : blades) {
-    const BladeCounts& counts = blade->counts();
     ++totals.inState[static_cast<std::size_t>(blade->state())];
-    for (const CountName& each : kCountNames) {
-      totals.counts.*each.count += counts.*each.count;
-    }
-    for (const auto& [status, count] : counts.statuses) {
-      totals.counts.statuses[status] += count;
-    }
+    totals.counts += blade->counts();
   }
   return totals;
 }
@@ -60,23 +54,55 @@ std::size_t inState(const Totals& totals, BladeAgent::State state) {
   return totals.inState[static_cast<std::size_t>(state)];
 }
 
-template <class... Cell>
 void row(std::ostream& out, const std::string& slot, const std::string& state,
-         const std::string& token, const Cell&... numbers) {
-  out << std::left << std::setw(7) << slot << std::setw(14) << state << std::setw(12) << token
+         const std::string& token, const std::vector<std::string>& numbers,
+         const std::string& statuses) {
+  out << std::left << std::setw(6) << slot << std::setw(14) << state << std::setw(12) << token
       << std::right;
-  ((out << std::setw(11) << numbers), ...);
-  out << "  ";
+  for (const std::string& number : numbers) {
+    out << std::setw(11) << number;
+  }
+  out << "  " << statuses << '\n';
+}
+
+std::vector<std::string> numbersOf(const BladeCounts& counts) {
+  return {std::to_string(counts.sent(RequestKind::Register)),
+          std::to_string(counts.sent(RequestKind::Beat)),
+          std::to_string(counts.sent(RequestKind::Report)), std::to_string(counts.unanswered()),
+          std::to_string(counts.unsent)};
+}
+
+/// A line for each kind of request that was sent: how many, and what they got.
+void printKinds(std::ostream& out, const BladeCounts& counts) {
+  out << "\nsent               number  no reply  replies by status\n";
+  for (const KindName& each : kKindNames) {
+    const RequestCounts& requests = counts.of(each.kind);
+    if (requests.sent > 0) {
+      out << std::left << std::setw(16) << each.name << std::right << std::setw(9) << requests.sent
+          << std::setw(10) << requests.unanswered << "  " << statusText(requests.statuses) << '\n';
+    }
+  }
+}
+
+nlohmann::json statusesJson(const Statuses& statuses) {
+  nlohmann::json result = nlohmann::json::object();
+  for (const auto& [status, count] : statuses) {
+    result[std::to_string(status)] = count;
+  }
+  return result;
 }
 
 nlohmann::json countsJson(const BladeCounts& counts) {
-  nlohmann::json statuses = nlohmann::json::object();
-  for (const auto& [status, count] : counts.statuses) {
-    statuses[std::to_string(status)] = count;
+  nlohmann::json requests = nlohmann::json::object();
+  for (const KindName& each : kKindNames) {
+    const RequestCounts& of = counts.of(each.kind);
+    requests[std::string(each.name)] = {
+        {"sent", of.sent}, {"unanswered", of.unanswered}, {"statuses", statusesJson(of.statuses)}};
   }
-  nlohmann::json result{{"statuses", std::move(statuses)}};
+  nlohmann::json result{{"statuses", statusesJson(counts.statuses())},
+                        {"requests", std::move(requests)}};
   for (const CountName& each : kCountNames) {
-    result[std::string(each.name)] = counts.*each.count;
+    result[std::string(each.name)] = each.count(counts);
   }
   return result;
 }
@@ -86,19 +112,17 @@ nlohmann::json countsJson(const BladeCounts& counts) {
 void printTable(std::ostream& out, const RunResult& result, std::size_t mostRows) {
   const Totals totals = total(result.blades);
   if (result.blades.size() <= mostRows) {
-    row(out, "slot", "state", "token", "registers", "beats", "odd", "unanswered", "unsent");
-    out << "replies by status\n";
+    row(out, "slot", "state", "token", {"registers", "beats", "reports", "unanswered", "unsent"},
+        "replies by status");
     for (const BladeAgent* blade : result.blades) {
-      const BladeCounts& counts = blade->counts();
       row(out, std::to_string(blade->slot()), stateName(blade->state()), shortened(blade->token()),
-          counts.registers, counts.beats, counts.odd, counts.unanswered, counts.unsent);
-      out << statusText(counts) << '\n';
+          numbersOf(blade->counts()), statusText(blade->counts().statuses()));
     }
   }
   const std::string count = std::to_string(result.blades.size());
-  row(out, "all", count + " blades", "", totals.counts.registers, totals.counts.beats,
-      totals.counts.odd, totals.counts.unanswered, totals.counts.unsent);
-  out << statusText(totals.counts) << '\n';
+  row(out, "all", count + " blades", "", numbersOf(totals.counts),
+      statusText(totals.counts.statuses()));
+  printKinds(out, totals.counts);
   for (const std::string& failure : result.failures) {
     out << "failed: " << failure << '\n';
   }
@@ -133,7 +157,7 @@ void printLive(std::ostream& out, const std::vector<const BladeAgent*>& blades,
   for (const BladeAgent* blade : blades) {
     out << std::right << std::setw(6) << blade->slot() << "  " << std::left << std::setw(14)
         << stateName(blade->state()) << std::setw(12) << shortened(blade->token()) << std::right
-        << std::setw(5) << blade->counts().beats << "  ";
+        << std::setw(5) << blade->counts().sent(RequestKind::Beat) << "  ";
     if (blade->lastStatus() == 0) {
       out << "none yet\n";
     } else {
@@ -150,9 +174,10 @@ std::string progressLine(const std::vector<const BladeAgent*>& blades,
   line << std::setw(5) << elapsed.count() / 1000 << " s  "
        << inState(totals, BladeAgent::State::Registered) << " registered, "
        << inState(totals, BladeAgent::State::Unregistered) << " unregistered, "
-       << inState(totals, BladeAgent::State::Refused) << " refused; " << totals.counts.beats
-       << " beats, " << totals.counts.unanswered << " unanswered; replies "
-       << statusText(totals.counts);
+       << inState(totals, BladeAgent::State::Refused) << " refused; "
+       << totals.counts.sent(RequestKind::Beat) << " beats, "
+       << totals.counts.sent(RequestKind::Report) << " reports, " << totals.counts.unanswered()
+       << " unanswered; replies " << statusText(totals.counts.statuses());
   return line.str();
 }
 

@@ -5,10 +5,11 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sma/BladeAgent.h"
-#include "sma/Fault.h"
+#include "sma/Event.h"
 
 namespace sma {
 
@@ -25,8 +26,9 @@ struct Span {
 /// How some blades differ from conforming ones.
 struct BladeScript {
   std::vector<std::uint32_t> slots;
-  std::optional<std::string> token;  ///< held from the start
-  std::vector<FaultEvent> faults;
+  std::optional<std::string> token;                ///< held from the start
+  std::vector<std::pair<AppRef, AppChange>> apps;  ///< in what instances differ from the usual
+  std::vector<Event> events;
 };
 
 /// What must hold of some blades at the end.
@@ -34,8 +36,9 @@ struct Expectation {
   std::vector<std::uint32_t> slots;
   std::optional<BladeAgent::State> state;
   std::optional<bool> hasToken;
-  std::map<std::string, Span> counts;  ///< by the names of countByName()
-  std::map<unsigned, Span> statuses;   ///< replies by status code
+  std::map<std::string, Span> counts;                       ///< by the names of countByName()
+  std::map<unsigned, Span> statuses;                        ///< replies by status code
+  std::map<RequestKind, std::map<unsigned, Span>> replies;  ///< the same by what was sent
 };
 
 /// What a run of the simulator does besides conforming, and what must come of it. Read from a JSON
@@ -51,7 +54,8 @@ struct Scenario {
 
   /// Puts what the scripts say of the blade's slot into its settings.
   void apply(BladeAgent::Settings& settings) const;
-  /// A line for each expectation that the blades do not meet. A slot that no blade has is one.
+  /// A line for each expectation that the blades do not meet, of single replies and of the whole
+  /// run. A slot that no blade has is one.
   std::vector<std::string> failures(const std::vector<const BladeAgent*>& blades) const;
 };
 

@@ -8,8 +8,9 @@
 #include <string>
 
 #include "sma/Fleet.h"
-#include "sma/RunResult.h"
+#include "sma/OddRequest.h"
 #include "sma/Requests.h"
+#include "sma/RunResult.h"
 #include "sma/Scenario.h"
 #include "sma/SlotRange.h"
 
@@ -24,9 +25,14 @@ struct Options {
   std::string gateway = sma::defaultGateway(true);
   double beat = 5;
   double runFor = 0;
+  double report = 10;
+  unsigned apps = 2;
+  double failChance = 0;
+  double workChance = 0;
   std::uint64_t seed = 1;
   std::uint32_t listenBase = 0;
   std::string scenario;
+  bool listFaults = false;
   bool json = false;
   bool quiet = false;
   bool live = false;
@@ -39,6 +45,20 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--beat", options.beat, "seconds between heartbeats")
       ->check(CLI::Range(0.001, 3600.0))
       ->capture_default_str();
+  app.add_option("--report", options.report, "seconds between platform reports; 0: none")
+      ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
+  app.add_option("--apps", options.apps, "application instances on each blade")
+      ->check(CLI::Range(0U, 1000U))
+      ->capture_default_str();
+  app.add_option("--fail-chance", options.failChance,
+                 "probability that an instance fails, with each report")
+      ->check(CLI::Range(0.0, 1.0))
+      ->capture_default_str();
+  app.add_option("--work-chance", options.workChance,
+                 "probability that an instance is given a hot fix, with each report")
+      ->check(CLI::Range(0.0, 1.0))
+      ->capture_default_str();
   app.add_option("--for", options.runFor, "seconds to run; without it, until interrupted")
       ->check(CLI::Range(0.001, 1e6));
   app.add_option("--seed", options.seed, "seed of everything that is drawn at random")
@@ -47,6 +67,8 @@ void declare(CLI::App& app, Options& options) {
                  "blade N listens for commands on this port plus N")
       ->check(CLI::Range(1U, 32767U));
   app.add_option("--scenario", options.scenario, "JSON file with faults and expectations");
+  app.add_flag("--list-faults", options.listFaults,
+               "print the names of the odd requests that scenarios can play, and end");
   app.add_flag("--json", options.json, "print the result as JSON");
   app.add_flag("--quiet", options.quiet, "no line of progress each second");
   app.add_flag("--live", options.live, "print the state of each blade every second");
@@ -82,7 +104,7 @@ void stopOnSignals(sma::Fleet& fleet) {
 
 bool heardNothing(const std::vector<const sma::BladeAgent*>& blades) {
   return std::all_of(blades.begin(), blades.end(),
-                     [](const sma::BladeAgent* blade) { return blade->counts().replies == 0; });
+                     [](const sma::BladeAgent* blade) { return blade->counts().replies() == 0; });
 }
 
 std::chrono::milliseconds toMilliseconds(double seconds) {
@@ -96,6 +118,10 @@ int simulate(const Options& options, const std::vector<std::uint32_t>& slots,
   settings.gateway = options.gateway;
   settings.beat = toMilliseconds(options.beat);
   settings.runFor = toMilliseconds(options.runFor);
+  settings.report = toMilliseconds(options.report);
+  settings.apps = options.apps;
+  settings.failChance = options.failChance;
+  settings.workChance = options.workChance;
   settings.seed = options.seed;
   settings.listenBase = options.listenBase;
   sma::Fleet fleet(settings, scenario);
@@ -134,6 +160,12 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kExitUsage;
+  }
+  if (options.listFaults) {
+    for (const sma::OddRequest& odd : sma::oddRequests()) {
+      std::cout << odd.name << '\n';
+    }
+    return 0;
   }
   std::vector<std::uint32_t> slots;
   sma::Scenario scenario;

@@ -39,11 +39,23 @@ class BladeAgentTest : public testing::Test {
   }
 
   void answer(BladeAgent& agent, const std::string& id, const std::string& status,
-              const std::string& token = "") {
+              const std::string& token = "", const std::string& message = "") {
     agent.onMessage(msglyr::Message(std::vector<std::string>{
                         "sma_slot3.x", "nox-xml:1", id, status,
-                        "<r><response><code>0</code></response><token>" + token + "</token></r>"}),
+                        "<r><response><code>0</code><message>" + message +
+                            "</message></response><token>" + token + "</token></r>"}),
                     now_);
+  }
+
+  /// What has been sent under a subject, in order.
+  std::vector<msglyr::Message> sentAs(const std::string& subject) const {
+    std::vector<msglyr::Message> all;
+    for (const msglyr::Message& message : sent_) {
+      if (message[0] == subject) {
+        all.push_back(message);
+      }
+    }
+    return all;
   }
 
   void registerWith(BladeAgent& agent, const std::string& token) {
@@ -72,7 +84,7 @@ TEST_F(BladeAgentTest, Accepted_KeepsTheTokenAndBeats) {
   EXPECT_EQ(agent.token(), "t1");
   for (int beat = 1; beat <= 3; ++beat) {
     runUntil(agent, milliseconds(beat * 1000));
-    ASSERT_EQ(agent.counts().beats, static_cast<std::uint64_t>(beat));
+    ASSERT_EQ(agent.counts().sent(RequestKind::Beat), static_cast<std::uint64_t>(beat));
     answer(agent, sent_.back()[2], "100");
   }
   EXPECT_EQ(sent_.back()[0], "serviceOrchAG.heartbeat");
@@ -116,11 +128,11 @@ TEST_F(BladeAgentTest, NoReplyToABeat_CountsAndTriesAgainLater) {
   auto agent = blade(settings());
   registerWith(agent, "t1");
   runUntil(agent, seconds(1));
-  ASSERT_EQ(agent.counts().beats, 1U);
+  ASSERT_EQ(agent.counts().sent(RequestKind::Beat), 1U);
   runUntil(agent, seconds(6));
-  EXPECT_EQ(agent.counts().unanswered, 1U);
+  EXPECT_EQ(agent.counts().unanswered(), 1U);
   runUntil(agent, milliseconds(6600));
-  EXPECT_EQ(agent.counts().beats, 2U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Beat), 2U);
 }
 
 TEST_F(BladeAgentTest, LateReply_IsAStrayAndChangesNothing) {
@@ -148,23 +160,23 @@ TEST_F(BladeAgentTest, NoConnection_BacksOff) {
   runUntil(agent, seconds(10));
   EXPECT_GE(agent.counts().unsent, 4U);
   EXPECT_LE(agent.counts().unsent, 8U);
-  EXPECT_EQ(agent.counts().registers, 0U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Register), 0U);
 }
 
 TEST_F(BladeAgentTest, Silence_SendsNothingWhileItLasts) {
   auto with = settings();
-  with.faults.push_back({Fault::Silence, milliseconds(30), seconds(5), 1});
+  with.events.push_back({milliseconds(30), Silence{seconds(5)}, {}});
   auto agent = blade(with);
   registerWith(agent, "t1");
   runUntil(agent, milliseconds(5029));
-  EXPECT_EQ(agent.counts().beats, 0U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Beat), 0U);
   runUntil(agent, milliseconds(5030));
-  EXPECT_EQ(agent.counts().beats, 1U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Beat), 1U);
 }
 
 TEST_F(BladeAgentTest, DuplicateBeats_AreSentTwiceWithOneCount) {
   auto with = settings();
-  with.faults.push_back({Fault::DuplicateBeats, milliseconds(0), seconds(2), 1});
+  with.events.push_back({milliseconds(0), DuplicateBeats{seconds(2)}, {}});
   auto agent = blade(with);
   registerWith(agent, "t1");
   runUntil(agent, seconds(1));
@@ -175,7 +187,7 @@ TEST_F(BladeAgentTest, DuplicateBeats_AreSentTwiceWithOneCount) {
 
 TEST_F(BladeAgentTest, WrongTokenInMidLife_RegistersWithAnother) {
   auto with = settings();
-  with.faults.push_back({Fault::WrongToken, milliseconds(2030), {}, 1});
+  with.events.push_back({milliseconds(2030), ChangeToken{}, {}});
   auto agent = blade(with);
   registerWith(agent, "t1");
   runUntil(agent, seconds(1));
@@ -189,14 +201,176 @@ TEST_F(BladeAgentTest, WrongTokenInMidLife_RegistersWithAnother) {
 
 TEST_F(BladeAgentTest, OddRequest_UnansweredIsCountedApart) {
   auto with = settings();
-  with.faults.push_back({Fault::ForeignSubject, milliseconds(100), {}, 2});
+  with.events.push_back({milliseconds(100), SendOdd{oddRequestByName("foreign-subject"), 2}, {}});
   auto agent = blade(with);
   registerWith(agent, "t1");
   runUntil(agent, milliseconds(950));
-  EXPECT_EQ(agent.counts().odd, 2U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Odd), 2U);
   runUntil(agent, seconds(2));
-  EXPECT_EQ(agent.counts().oddUnanswered, 2U);
-  EXPECT_EQ(agent.counts().unanswered, 0U);
+  EXPECT_EQ(agent.counts().of(RequestKind::Odd).unanswered, 2U);
+  EXPECT_EQ(agent.counts().unanswered(), 0U);
+}
+
+constexpr const char* kReport = "serviceOrchAG.platformInfo.update";
+constexpr const char* kFailure = "serviceOrchAG.appFailure";
+constexpr const char* kProgress = "serviceOrchAG.commandProgress.update";
+
+TEST_F(BladeAgentTest, Registered_ReportsItsPlatformEverySoOften) {
+  auto with = settings();
+  with.apps = 2;
+  with.reports.every = seconds(10);
+  with.reports.first = milliseconds(200);
+  auto agent = blade(with);
+  runUntil(agent, milliseconds(0));
+  EXPECT_EQ(sentAs(kReport).size(), 0U);
+  answer(agent, sent_.back()[2], "100", "t1");
+  runUntil(agent, milliseconds(199));
+  EXPECT_EQ(sentAs(kReport).size(), 0U);
+  runUntil(agent, milliseconds(200));
+  ASSERT_EQ(sentAs(kReport).size(), 1U);
+  EXPECT_NE(sentAs(kReport)[0][4].find("<appInstanceId>slot3-app2<"), std::string::npos);
+  answer(agent, sentAs(kReport)[0][2], "100");
+  runUntil(agent, milliseconds(10'199));
+  EXPECT_EQ(sentAs(kReport).size(), 1U);
+  runUntil(agent, milliseconds(10'200));
+  EXPECT_EQ(sentAs(kReport).size(), 2U);
+  EXPECT_EQ(agent.counts().of(RequestKind::Report).statuses.at(100), 1U);
+}
+
+TEST_F(BladeAgentTest, ReportUnanswered_IsGivenUpBeforeTheNextOneAndBeatsGoOn) {
+  auto with = settings();
+  with.reports.every = seconds(10);
+  auto agent = blade(with);
+  registerWith(agent, "t1");
+  for (int second = 1; second <= 14; ++second) {
+    runUntil(agent, seconds(second));
+    answer(agent, sentAs("serviceOrchAG.heartbeat").back()[2], "100");
+  }
+  EXPECT_EQ(sentAs(kReport).size(), 1U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Beat), 14U);
+  EXPECT_EQ(agent.counts().of(RequestKind::Report).unanswered, 0U);
+  runUntil(agent, seconds(15));
+  EXPECT_EQ(agent.counts().of(RequestKind::Report).unanswered, 1U);
+  EXPECT_EQ(sentAs(kReport).size(), 2U);
+}
+
+TEST_F(BladeAgentTest, ReportRefusedAsUnregistered_RegistersAgain) {
+  auto with = settings();
+  with.reports.every = seconds(10);
+  auto agent = blade(with);
+  registerWith(agent, "t1");
+  runUntil(agent, milliseconds(0));
+  answer(agent, sentAs(kReport)[0][2], "510");
+  EXPECT_EQ(agent.state(), BladeAgent::State::Unregistered);
+  runUntil(agent, seconds(30));
+  EXPECT_EQ(sentAs(kReport).size(), 1U) << "reports while it is not registered";
+}
+
+TEST_F(BladeAgentTest, Failure_IsReportedAndTheInstanceStopsInTheNextReport) {
+  auto with = settings();
+  with.apps = 2;
+  with.reports.every = seconds(2);
+  with.reports.first = seconds(2);
+  with.events.push_back({seconds(1), FailApp{AppRef{2, ""}, {}}, {}});
+  auto agent = blade(with);
+  registerWith(agent, "t1");
+  runUntil(agent, seconds(2));
+  ASSERT_EQ(sentAs(kFailure).size(), 1U);
+  EXPECT_EQ(sentAs(kFailure)[0][4],
+            "<appFailureRequest><appInstanceId>slot3-app2</appInstanceId></appFailureRequest>");
+  ASSERT_EQ(sentAs(kReport).size(), 1U);
+  EXPECT_NE(sentAs(kReport)[0][4].find("<operStatus>stopped<"), std::string::npos);
+  EXPECT_EQ(agent.counts().sent(RequestKind::Failure), 1U);
+}
+
+TEST_F(BladeAgentTest, HappeningsBeforeTheRegistration_WaitForIt) {
+  auto with = settings();
+  with.events.push_back({milliseconds(0), FailApp{AppRef{1, "x"}, {}}, {}});
+  auto agent = blade(with);
+  runUntil(agent, milliseconds(100));
+  EXPECT_EQ(sentAs(kFailure).size(), 0U);
+  answer(agent, sent_.back()[2], "100", "t1");
+  runUntil(agent, milliseconds(100));
+  EXPECT_EQ(sentAs(kFailure).size(), 1U);
+}
+
+TEST_F(BladeAgentTest, QuietProgress_AwaitsNothing) {
+  auto with = settings();
+  OperationPlan plan;
+  plan.steps = 2;
+  plan.ack = false;
+  with.events.push_back({milliseconds(0), RunOperation{AppRef{}, plan}, {}});
+  auto agent = blade(with);
+  registerWith(agent, "t1");
+  runUntil(agent, seconds(20));
+  EXPECT_EQ(sentAs(kProgress).size(), 3U);
+  EXPECT_EQ(agent.counts().sent(RequestKind::QuietProgress), 3U);
+  answer(agent, sentAs(kProgress)[0][2], "100");
+  EXPECT_EQ(agent.counts().strays, 1U);
+}
+
+// --- expectations of single replies
+
+class BladeExpectation : public BladeAgentTest {
+ protected:
+  BladeAgent::Settings expecting(ExpectedReply expected, unsigned times = 1) {
+    auto with = settings();
+    with.events.push_back({milliseconds(500), SendOdd{oddRequestByName("progress-no-ack"), times},
+                           std::move(expected)});
+    return with;
+  }
+};
+
+TEST_F(BladeExpectation, ReplyAsExpected_IsNoDisappointment) {
+  auto agent = blade(expecting({false, 505, "No <ack> tag found"}));
+  registerWith(agent, "t1");
+  runUntil(agent, milliseconds(500));
+  answer(agent, sentAs(kProgress)[0][2], "505", "", "No &lt;ack&gt; tag found");
+  EXPECT_TRUE(agent.disappointments().empty());
+}
+
+TEST_F(BladeExpectation, OtherReply_IsQuotedBesideTheExpectedOne) {
+  auto agent = blade(expecting({false, 505, "No <ack> tag found"}));
+  registerWith(agent, "t1");
+  runUntil(agent, milliseconds(500));
+  answer(agent, sentAs(kProgress)[0][2], "505", "", "other");
+  ASSERT_EQ(agent.disappointments().size(), 1U);
+  EXPECT_EQ(agent.disappointments()[0],
+            "progress-no-ack at 0.5 s got 505 \"other\", expected 505 \"No <ack> tag found\"");
+}
+
+TEST_F(BladeExpectation, NoReply_DisappointsWhoExpectedOne) {
+  auto agent = blade(expecting({false, 505, {}}));
+  registerWith(agent, "t1");
+  runUntil(agent, milliseconds(15'499));
+  ASSERT_EQ(agent.disappointments().size(), 1U);
+  EXPECT_EQ(agent.disappointments()[0],
+            "progress-no-ack at 0.5 s had 0 of 1 replies judged when the run ended");
+  runUntil(agent, milliseconds(15'500));
+  ASSERT_EQ(agent.disappointments().size(), 1U);
+  EXPECT_EQ(agent.disappointments()[0], "progress-no-ack at 0.5 s got no reply, expected 505");
+}
+
+TEST_F(BladeExpectation, NoReplyExpected_HoldsWhenNoneComesAndNotElse) {
+  auto agent = blade(expecting({true, {}, {}}, 2));
+  registerWith(agent, "t1");
+  runUntil(agent, milliseconds(500));
+  answer(agent, sentAs(kProgress)[0][2], "100", "", "OK");
+  runUntil(agent, milliseconds(1500));
+  ASSERT_EQ(agent.disappointments().size(), 1U);
+  EXPECT_EQ(agent.disappointments()[0],
+            "progress-no-ack at 0.5 s got 100 \"OK\", expected no reply");
+}
+
+TEST_F(BladeExpectation, Unsent_Disappoints) {
+  auto agent = blade(expecting({true, {}, {}}));
+  registerWith(agent, "t1");
+  connected_ = false;
+  runUntil(agent, milliseconds(1500));
+  EXPECT_EQ(agent.disappointments(),
+            (std::vector<std::string>{
+                "progress-no-ack at 0.5 s could not be sent",
+                "progress-no-ack at 0.5 s had 0 of 1 replies judged when the run ended"}));
 }
 
 }  // namespace

@@ -41,25 +41,29 @@ class FakeGateway {
   std::jthread thread_;
 };
 
-TEST(Fleet, BladesOverRealSockets_RegisterAndBeat) {
+TEST(Fleet, BladesOverRealSockets_RegisterBeatAndReport) {
   FakeGateway gateway;
   Fleet::Settings settings;
   settings.slots = {1, 2, 3};
   settings.gateway = gateway.endPoint();
   settings.beat = std::chrono::milliseconds(20);
+  settings.report = std::chrono::milliseconds(20);
+  settings.apps = 2;
   settings.runFor = std::chrono::milliseconds(10'000);
   Fleet fleet(settings, {});
   fleet.run([&fleet](const Fleet& running) {
     const auto blades = running.blades();
-    if (std::all_of(blades.begin(), blades.end(),
-                    [](const BladeAgent* blade) { return blade->counts().beats >= 3; })) {
+    if (std::all_of(blades.begin(), blades.end(), [](const BladeAgent* blade) {
+          return blade->counts().sent(RequestKind::Beat) >= 3;
+        })) {
       fleet.stop();
     }
   });
   for (const BladeAgent* blade : fleet.blades()) {
     EXPECT_EQ(blade->state(), BladeAgent::State::Registered) << blade->slot();
     EXPECT_EQ(blade->token(), "t1");
-    EXPECT_GE(blade->counts().beats, 3U);
+    EXPECT_GE(blade->counts().sent(RequestKind::Beat), 3U);
+    EXPECT_GE(blade->counts().of(RequestKind::Report).replies(), 2U);
   }
 }
 

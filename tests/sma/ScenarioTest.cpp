@@ -21,13 +21,13 @@ TEST(Scenario, Scripts_AreAppliedToTheirSlotsOnly) {
   third.slot = 3;
   scenario.apply(third);
   EXPECT_EQ(third.token, "foreign");
-  ASSERT_EQ(third.faults.size(), 1U);
-  EXPECT_EQ(third.faults[0].at, std::chrono::milliseconds(1500));
+  ASSERT_EQ(third.events.size(), 1U);
+  EXPECT_EQ(third.events[0].at, std::chrono::milliseconds(1500));
   BladeAgent::Settings fifth;
   fifth.slot = 5;
   scenario.apply(fifth);
   EXPECT_EQ(fifth.token, "");
-  EXPECT_THAT(fifth.faults, IsEmpty());
+  EXPECT_THAT(fifth.events, IsEmpty());
 }
 
 TEST(Scenario, Expectations_FailWithSlotCountAndSpan) {
@@ -57,6 +57,80 @@ TEST(Scenario, FulfilledExpectations_AreSilent) {
   EXPECT_THAT(scenario.failures({&blade}), IsEmpty());
 }
 
+TEST(Scenario, Apps_AreThoseOfEachSlot) {
+  const Scenario scenario = Scenario::parse(
+      R"({"blades": [{"slots": "3-4", "apps": [{"app": 2, "version": "2.0", "state": "stopped",
+          "admin": "disable", "external": true, "hotfixes": "HF-1"},
+          {"app": "mail", "installed": false}]}]})",
+      "s.json");
+  BladeAgent::Settings settings;
+  settings.slot = 4;
+  scenario.apply(settings);
+  ASSERT_EQ(settings.appChanges.size(), 2U);
+  EXPECT_EQ(settings.appChanges[0].id, "slot4-app2");
+  EXPECT_EQ(settings.appChanges[0].version, "2.0");
+  EXPECT_EQ(settings.appChanges[0].running, false);
+  EXPECT_EQ(settings.appChanges[0].enabled, false);
+  EXPECT_EQ(settings.appChanges[0].external, true);
+  EXPECT_EQ(settings.appChanges[0].hotfixes, "HF-1");
+  EXPECT_EQ(settings.appChanges[1].id, "mail");
+  EXPECT_EQ(settings.appChanges[1].installed, false);
+}
+
+TEST(Scenario, Actions_BecomeEventsWithWhatTheyExpect) {
+  const Scenario scenario = Scenario::parse(
+      R"({"blades": [{"slots": "3", "actions": [
+          {"action": "report", "at": 1, "expect": {"status": 100, "message": "OK"}},
+          {"action": "app-failure", "at": 2, "app": 2, "for": 4},
+          {"action": "progress", "at": 3, "app": "-1", "command": "formatDisk", "steps": 2,
+           "every": 0.5, "ack": false, "ends": "failed", "expect": "no reply"}]}]})",
+      "s.json");
+  BladeAgent::Settings settings;
+  settings.slot = 3;
+  scenario.apply(settings);
+  ASSERT_EQ(settings.events.size(), 3U);
+  EXPECT_EQ(eventName(settings.events[0].what), "report");
+  ASSERT_TRUE(settings.events[0].expected);
+  EXPECT_EQ(settings.events[0].expected->status, 100U);
+  EXPECT_EQ(settings.events[0].expected->message, "OK");
+  const auto& failure = std::get<FailApp>(settings.events[1].what);
+  EXPECT_EQ(failure.app.in(3), "slot3-app2");
+  EXPECT_EQ(failure.lasts, std::chrono::seconds(4));
+  EXPECT_FALSE(settings.events[1].expected);
+  const auto& run = std::get<RunOperation>(settings.events[2].what);
+  EXPECT_EQ(run.app.in(3), "-1");
+  EXPECT_EQ(run.plan.command, "formatDisk");
+  EXPECT_EQ(run.plan.steps, 2U);
+  EXPECT_EQ(run.plan.every, std::chrono::milliseconds(500));
+  EXPECT_FALSE(run.plan.ack);
+  EXPECT_FALSE(run.plan.succeeds);
+  EXPECT_TRUE(settings.events[2].expected->none);
+}
+
+TEST(Scenario, EveryOddRequest_CanBePlayed) {
+  for (const OddRequest& odd : oddRequests()) {
+    const Scenario scenario =
+        Scenario::parse(R"({"blades": [{"slots": "3", "faults": [{"fault": ")" +
+                            std::string(odd.name) + R"(", "times": 2}]}]})",
+                        "s.json");
+    const auto& sent = std::get<SendOdd>(scenario.blades.at(0).events.at(0).what);
+    EXPECT_EQ(sent.request, &odd);
+    EXPECT_EQ(sent.times, 2U);
+  }
+}
+
+TEST(Scenario, RepliesByKind_AreJudgedByTheirOwnCounts) {
+  const Scenario scenario = Scenario::parse(
+      R"({"expect": [{"slots": "3", "replies": {"reports": {"100": {"min": 1}},
+          "progress": {"100": 0}}}]})",
+      "s.json");
+  BladeAgent::Settings settings;
+  settings.slot = 3;
+  const BladeAgent blade(settings, {});
+  EXPECT_THAT(scenario.failures({&blade}),
+              ElementsAre("slot 3: replies to reports 100 are 0, expected at least 1"));
+}
+
 class ScenarioRefused : public testing::TestWithParam<std::pair<const char*, const char*>> {};
 
 TEST_P(ScenarioRefused, BadText_NamesFilePlaceAndCause) {
@@ -81,6 +155,25 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair(R"({"blades": [{"slots": "1", "faults": [{"fault": "silence",
                               "at": -1}]}]})",
                               "'at' is no number of seconds"),
+                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "sing"}]}]})",
+                              "blades[0].actions[0]: unknown action 'sing'; known are report, "
+                              "app-failure, progress"),
+                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "progress",
+                              "command": "polishApp"}]}]})",
+                              "unknown command 'polishApp'; known are installApp"),
+                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "progress",
+                              "steps": 0}]}]})",
+                              "'steps' is no number from 1 to 100"),
+                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "report",
+                              "expect": "something"}]}]})",
+                              "blades[0].actions[0].expect: an object is needed here"),
+                    std::pair(R"({"blades": [{"slots": "1", "apps": [{"state": "running"}]}]})",
+                              "blades[0].apps[0]: an 'app' is needed"),
+                    std::pair(R"({"blades": [{"slots": "1", "apps": [{"app": 1,
+                              "state": "started"}]}]})",
+                              "unknown state 'started'; known are running, stopped"),
+                    std::pair(R"({"expect": [{"slots": "1", "replies": {"smiles": {"100": 1}}}]})",
+                              "unknown kind of request 'smiles'"),
                     std::pair(R"({"expect": [{"slots": "1", "state": "asleep"}]})",
                               "unknown state 'asleep'"),
                     std::pair(R"({"expect": [{"slots": "1", "counts": {"smiles": 1}}]})",
