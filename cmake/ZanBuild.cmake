@@ -15,6 +15,8 @@ set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib/serviceOrchAG:$ORIGIN")
 option(ZAN_BUILD_BENCH "Build the benchmarks" ON)
 option(ZAN_COVERAGE "Instrument for gcov" OFF)
 set(ZAN_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,undefined or thread")
+option(ZAN_FUZZ "Build the libFuzzer programs; wants clang" OFF)
+set(ZAN_PUGIXML_SOURCE "" CACHE PATH "Unpacked source of pugixml, to build it with our options")
 
 find_program(ZAN_CCACHE ccache)
 if(ZAN_CCACHE)
@@ -26,7 +28,9 @@ endif()
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(ZMQ REQUIRED IMPORTED_TARGET libzmq)
-find_package(pugixml REQUIRED)
+if(NOT ZAN_PUGIXML_SOURCE)
+  find_package(pugixml REQUIRED)
+endif()
 find_package(spdlog REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(GTest REQUIRED)
@@ -43,13 +47,15 @@ if(ZAN_SANITIZE)
   target_compile_options(zan_options INTERFACE
     -fsanitize=${ZAN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
     # g++ mistakes instrumented code of the standard library for a use before initialisation.
-    -Wno-maybe-uninitialized)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(zan_options INTERFACE -fsanitize=${ZAN_SANITIZE})
 endif()
 if(ZAN_COVERAGE)
   target_compile_options(zan_options INTERFACE --coverage)
   target_link_options(zan_options INTERFACE --coverage)
 endif()
+
+include(ZanFuzz)
 
 # zan_folder(NAME SOURCES ... [DEPENDS ...] [PRIVATE_DEPENDS ...])
 # One folder's library: an object library, so that shared libraries and tests take its objects

@@ -33,7 +33,7 @@ class CiRunTest(unittest.TestCase):
         shutil.copytree(ROOT / ".ci", self.root / ".ci")
         (self.root / "scripts").mkdir()
         self.script("test", TEST)
-        for name in ("check-format", "check-includes", "check-tidy"):
+        for name in ("check-format", "check-includes", "check-tidy", "fuzz"):
             self.script(name, CHECK)
 
     def script(self, name, text):
@@ -49,24 +49,24 @@ class CiRunTest(unittest.TestCase):
 
     def test_all_green_sums_runs_and_checks(self):
         code, lines = self.run_ci()
-        self.assertEqual((code, lines[-1]), (0, "27 passed, 0 failed"))
+        self.assertEqual((code, lines[-1]), (0, "28 passed, 0 failed"))
         self.assertRegex("\n".join(lines), r"\n +\d+ s  tests, asan\n")
 
     def test_red_test_run_goes_on_and_fails(self):
         code, lines = self.run_ci(RED="asan")
-        self.assertEqual((code, lines[-1]), (1, "25 passed, 2 failed"))
+        self.assertEqual((code, lines[-1]), (1, "26 passed, 2 failed"))
         self.assertRegex("\n".join(lines), r"\n +\d+ s  tests, asan  FAILED\n")
 
     def test_red_check_counts_as_one(self):
-        for name in ("check-format", "check-includes", "check-tidy"):
+        for name in ("check-format", "check-includes", "check-tidy", "fuzz"):
             with self.subTest(name):
                 code, lines = self.run_ci(RED=name)
-                self.assertEqual((code, lines[-1]), (1, "26 passed, 1 failed"))
+                self.assertEqual((code, lines[-1]), (1, "27 passed, 1 failed"))
 
     def test_broken_build_is_a_failure_and_old_results_do_not_count(self):
         self.run_ci()
         code, lines = self.run_ci(BROKEN_BUILD="release")
-        self.assertEqual((code, lines[-1]), (1, "19 passed, 1 failed"))
+        self.assertEqual((code, lines[-1]), (1, "20 passed, 1 failed"))
 
 
 if __name__ == "__main__":
