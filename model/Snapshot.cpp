@@ -16,7 +16,7 @@ std::unique_ptr<mo::Mo> make(const mo::Dn& dn) {
 template <class... Me>
 Maker findMaker(std::uint32_t classId, ClassList<Me...>) {
   Maker maker = nullptr;
-  ((Me::kClassId == classId ? (maker = &make<Me>, true) : false) || ...);
+  static_cast<void>(((Me::kClassId == classId ? (maker = &make<Me>, true) : false) || ...));
   return maker;
 }
 
