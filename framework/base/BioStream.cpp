@@ -1,9 +1,11 @@
 #include "framework/base/BioStream.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace base {
 
@@ -11,9 +13,18 @@ void OBioStream::loopWrite(const unsigned char* data, unsigned size) {
   append(data, size);
 }
 
-void OBioStream::append(const void* data, std::size_t size) {
-  const auto* first = static_cast<const unsigned char*>(data);
-  bytes_.insert(bytes_.end(), first, first + size);
+void OBioStream::grow(std::size_t size) {
+  constexpr std::size_t kLeast = 64;
+  if (size > std::numeric_limits<std::size_t>::max() / 2 - size_) {
+    throw std::length_error("too much for a binary stream");
+  }
+  const std::size_t capacity = std::max({kLeast, 2 * capacity_, size_ + size});
+  auto bytes = std::make_unique_for_overwrite<unsigned char[]>(capacity);
+  if (size_ != 0) {
+    std::memcpy(bytes.get(), bytes_.get(), size_);
+  }
+  bytes_ = std::move(bytes);
+  capacity_ = capacity;
 }
 
 void OBioStream::write(const String& value) {

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <cstring>
+#include <memory>
+#include <utility>
 
 #include "framework/base/Buffer.h"
 #include "framework/base/String.h"
@@ -21,6 +23,15 @@ namespace base {
 // Writes values one after another into memory that it owns. For one thread at a time.
 class OBioStream {
  public:
+  OBioStream() = default;
+  // What is moved from is as new.
+  OBioStream(OBioStream&& other) noexcept { swap(other); }
+  OBioStream& operator=(OBioStream&& other) noexcept {
+    OBioStream taken(std::move(other));
+    swap(taken);
+    return *this;
+  }
+
   // Appends `size` bytes as they are, without a length.
   void loopWrite(const unsigned char* data, unsigned size);
 
@@ -41,20 +52,38 @@ class OBioStream {
   void write(const T*) = delete;
 
   // What has been written; valid until the next call that is not const.
-  const unsigned char* data() const noexcept { return bytes_.data(); }
-  std::size_t size() const noexcept { return bytes_.size(); }
+  const unsigned char* data() const noexcept { return bytes_.get(); }
+  std::size_t size() const noexcept { return size_; }
   // Forgets the content and keeps the memory for the next one.
-  void clear() noexcept { bytes_.clear(); }
+  void clear() noexcept { size_ = 0; }
 
  private:
   template <typename T>
   void writeRaw(T value) {
     append(&value, sizeof(value));
   }
-  void append(const void* data, std::size_t size);
+  // Messages are made of hundreds of small values: there is no call as long as the memory lasts.
+  void append(const void* data, std::size_t size) {
+    if (size > capacity_ - size_) {
+      grow(size);
+    }
+    if (size != 0) {
+      std::memcpy(bytes_.get() + size_, data, size);
+      size_ += size;
+    }
+  }
+  // Makes room for `size` bytes more.
+  void grow(std::size_t size);
   void writeSized(const void* data, std::size_t size);
+  void swap(OBioStream& other) noexcept {
+    std::swap(bytes_, other.bytes_);
+    std::swap(size_, other.size_);
+    std::swap(capacity_, other.capacity_);
+  }
 
-  std::vector<unsigned char> bytes_;
+  std::unique_ptr<unsigned char[]> bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
 };
 
 // Reads values from bytes that somebody else owns and that stay in place while this lives. For

@@ -129,6 +129,34 @@ TEST(BioStream, Clear_StartsAgain) {
   EXPECT_EQ(out.size(), 1u);
 }
 
+TEST(BioStream, ManyValues_KeepTheirBytesWhileTheMemoryGrows) {
+  OBioStream out;
+  std::vector<unsigned char> expected;
+  for (unsigned i = 0; i < 5000; ++i) {
+    const auto byte = static_cast<std::uint8_t>(i * 7);
+    out.write(byte);
+    expected.push_back(byte);
+    ASSERT_EQ(out.size(), expected.size());
+  }
+  const std::vector<unsigned char> large(100000, 0xab);
+  out.loopWrite(large.data(), static_cast<unsigned>(large.size()));
+  expected.insert(expected.end(), large.begin(), large.end());
+  EXPECT_EQ(std::vector<unsigned char>(out.data(), out.data() + out.size()), expected);
+}
+
+TEST(BioStream, Moved_TakesTheContentAlong) {
+  OBioStream from;
+  from.write(std::uint8_t{7});
+  OBioStream to(std::move(from));
+  ASSERT_EQ(to.size(), 1u);
+  EXPECT_EQ(to.data()[0], 7);
+  OBioStream third;
+  third.write(std::uint32_t{1});
+  third = std::move(to);
+  ASSERT_EQ(third.size(), 1u);
+  EXPECT_EQ(third.data()[0], 7);
+}
+
 TEST(BioStream, Underrun_FailsAndLeavesTheValue) {
   const unsigned char bytes[] = {1, 2, 3};
   IBioStream in(bytes, sizeof(bytes));
