@@ -41,6 +41,7 @@ class AgElement {
  private:
   friend class AgFactory;
   friend class XMLConverter;
+  friend class PlainParser;
   friend class Writer;
 
   struct Attribute {

@@ -36,10 +36,11 @@ bool AgFactory::createAttribute(AgElement* element, std::string_view name, std::
 }
 
 char* AgFactory::copyBytes(std::string_view text) {
-  auto* const bytes = static_cast<char*>(memory_.allocate(text.size(), 1));
+  auto* const bytes = static_cast<char*>(memory_.allocate(text.size() + 1, 1));
   if (!text.empty()) {
     std::memcpy(bytes, text.data(), text.size());
   }
+  bytes[text.size()] = '\0';
   return bytes;
 }
 

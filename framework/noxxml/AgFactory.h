@@ -21,6 +21,7 @@ class AgFactory {
  private:
   friend class XMLConverter;
   friend class Importer;
+  friend class PlainParser;
 
   // An element under `parent`, or a root if that is null. Refers to the texts.
   AgElement* createElement(std::string_view name, std::string_view text, AgElement* parent);
@@ -28,6 +29,7 @@ class AgFactory {
   // False, with nothing done, when the element has one of that name. Refers to the texts.
   bool createAttribute(AgElement* element, std::string_view name, std::string_view value);
 
+  // With a NUL behind it.
   char* copyBytes(std::string_view text);
   std::string_view copyText(std::string_view text) { return {copyBytes(text), text.size()}; }
 

@@ -6,6 +6,7 @@
 #include "framework/noxxml/AgFactory.h"
 #include "framework/noxxml/Characters.h"
 #include "framework/noxxml/Limits.h"
+#include "framework/noxxml/PlainParser.h"
 #include "framework/noxxml/PreScan.h"
 
 namespace noxxml {
@@ -83,13 +84,24 @@ class Importer::Tree {
 };
 
 AgElement* Importer::import(std::string_view text) {
-  if (!isAdmissible(text, limits())) {
+  const Limits bounds = limits();
+  if (text.size() > bounds.maxBytes) {
+    return nullptr;
+  }
+  char* const copy = factory_.copyBytes(text);
+  if (text.size() <= PlainParser::kMostBytes) {
+    PlainParser plain(factory_, {copy, text.size()}, bounds.maxDepth);
+    if (AgElement* const root = plain.parse()) {
+      return root;
+    }
+  }
+  if (!isAdmissible(text, bounds)) {
     return nullptr;
   }
   // The encoding is fixed: a parser that guesses would see other tags than the pre-scan did.
   pugi::xml_document document;
-  const pugi::xml_parse_result result = document.load_buffer_inplace(
-      factory_.copyBytes(text), text.size(), kOptions, pugi::encoding_utf8);
+  const pugi::xml_parse_result result =
+      document.load_buffer_inplace(copy, text.size(), kOptions, pugi::encoding_utf8);
   if (!result) {
     return nullptr;
   }
