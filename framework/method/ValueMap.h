@@ -28,16 +28,18 @@ class ValueMap {
     return place == entries_.end() || place->first != propertyId ? nullptr : &place->second;
   }
 
-  void set(std::uint32_t propertyId, Value value) {
+  /// `value` is a Value or the content of one.
+  template <class T>
+  void set(std::uint32_t propertyId, T&& value) {
     if (entries_.empty() || entries_.back().first < propertyId) {
-      entries_.emplace_back(propertyId, std::move(value));
+      entries_.emplace_back(propertyId, std::forward<T>(value));
       return;
     }
     const auto place = std::lower_bound(entries_.begin(), entries_.end(), propertyId, isBefore);
     if (place->first == propertyId) {
-      place->second = std::move(value);
+      place->second = std::forward<T>(value);
     } else {
-      entries_.emplace(place, propertyId, std::move(value));
+      entries_.emplace(place, propertyId, std::forward<T>(value));
     }
   }
 

@@ -11,8 +11,12 @@ namespace mo {
 class ChangeFlags {
  public:
   void mark(std::uint32_t propertyId) {
+    if (ids_.empty() || ids_.back() < propertyId) {
+      ids_.push_back(propertyId);
+      return;
+    }
     const auto place = std::lower_bound(ids_.begin(), ids_.end(), propertyId);
-    if (place == ids_.end() || *place != propertyId) {
+    if (*place != propertyId) {
       ids_.insert(place, propertyId);
     }
   }

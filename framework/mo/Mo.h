@@ -44,7 +44,8 @@ class Mo {
   /// Sets the property and marks it changed, also when it has this value already.
   template <class T>
   void set(const Property<T>& property, std::type_identity_t<T> value) {
-    set(property.id, method::Value(std::in_place_type<T>, std::move(value)));
+    values_.set(property.id, std::move(value));
+    changeFlags_.mark(property.id);
   }
   /// The same by number. Whether the class has the property and of which kind is not checked.
   void set(std::uint32_t propertyId, method::Value value) {
