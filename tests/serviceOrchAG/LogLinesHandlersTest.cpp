@@ -5,8 +5,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "model/serviceorchapi/Methods.h"
 #include "serviceOrchAG/bridge/ClientMap.h"
 #include "serviceOrchAG/bridge/Response.h"
+#include "serviceOrchAG/svc/Svc.h"
 #include "tests/serviceOrchAG/LogLines.h"
 #include "tests/support/Configured.h"
 #include "tests/support/ManualClock.h"
@@ -239,6 +241,168 @@ static_assert(std::size(kCommandProgress) == 1 + 4,
               "a row for the tag that a report should hold, and for each line of "
               "handlers/CommandProgress.cpp");
 INSTANTIATE_TEST_SUITE_P(CommandProgress, LogLines, testing::ValuesIn(kCommandProgress));
+
+// ----- Platform information ---------------------------------------------------------------------
+
+/// Reports these tags of a blade that is registered and valid.
+void reportPlatform(TestGateway& gateway, const std::string& tags) {
+  createSMAClient("3", "10.0.0.3", "5560", true);
+  request(gateway, "platformInfo",
+          "<platformInfoUpdateRequest>" + tags + "</platformInfoUpdateRequest>", "update");
+}
+
+/// As above; the engine takes the report.
+void reportPlatform(const std::string& tags) {
+  TestGateway gateway;
+  gateway.service.onSend([](const test_support::RecordingSvc::Sent& call) {
+    if (call.classId == serviceorchapi::UpdatePlatformInfoMe::kClassId) {
+      serviceorchapi::UpdatePlatformInfoMe me;
+      me.setCookie(call.cookie);
+      Svc::successRspServiceorchapiUpdatePlatformInfoCb(me);
+    }
+  });
+  reportPlatform(gateway, tags);
+}
+
+void reportWithNothing() {
+  reportPlatform("");
+}
+
+void reportWithoutAnAnswer() {
+  TestGateway gateway;
+  std::future<void> report;  // outlives the clock, whose end lets it end
+  ManualClock clock;
+  report = std::async(std::launch::async, [&gateway] { reportPlatform(gateway, ""); });
+  ASSERT_TRUE(clock.waitForDeadline(std::chrono::seconds(10)));
+  clock.advance(std::chrono::seconds(10));
+  report.get();
+}
+
+void reportWithEachGroupTwice() {
+  reportPlatform(
+      "<Cpu/><Memory/><AppsMemory/><DiskFilesystem/>"
+      "<Cpu/><Memory/><AppsMemory/><DiskFilesystem/>");
+}
+
+void reportWithEmptyGroups() {
+  reportPlatform("<Cpu/><Memory/><AppsMemory/><DiskFilesystem/>");
+}
+
+void reportWithEachInnerGroupTwice() {
+  reportPlatform(
+      "<Memory><minus1/><minus1/></Memory>"
+      "<AppsMemory><CurrentSnapshot/><CurrentSnapshot/></AppsMemory>"
+      "<DiskFilesystem><minus1/><minus1/></DiskFilesystem>");
+}
+
+void reportWithEmptyInnerGroups() {
+  reportPlatform(
+      "<Memory><minus1/></Memory><AppsMemory><CurrentSnapshot/></AppsMemory>"
+      "<DiskFilesystem><minus1/></DiskFilesystem>");
+}
+
+void reportWithAnEmptyDisk() {
+  reportPlatform("<DiskFilesystem><minus1><Disk/></minus1></DiskFilesystem>");
+}
+
+void reportWithAnEmptyApplication() {
+  reportPlatform("<application/>");
+}
+
+void reportWithUnknownStates() {
+  reportPlatform(
+      "<application><appInstanceId>a1</appInstanceId><adminStatus>on</adminStatus>"
+      "<operStatus>busy</operStatus></application>");
+}
+
+constexpr LogRow kPlatformInfo[] = {
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyGroups,
+     "No <minus5> tag found for Cpu in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithEmptyGroups,
+     "No <minus1> tag found for Memory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithEachInnerGroupTwice,
+     "2 <minus1> tag found for Memory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithUnknownStates,
+     "AdminStatus value[on] incorrect for appInstance a1 in platformInfo message"},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithUnknownStates,
+     "operStatus value[busy] incorrect for appInstance a1 in platformInfo message"},
+    {"AG_platformInfoUpdateReqCb", 1, reportWithNothing,
+     "Triggering ValidateAppInstances method for slot : 3, Message ID : id-1"},
+    {"AG_platformInfoUpdateReqCb", 1, reportWithNothing,
+     "Triggering UpdatePlatformInfo method for slot : 3, Message ID : id-1"},
+    {"AG_platformInfoUpdateReqCb", 1, reportWithNothing,
+     "UpdatePlatformInfo : wait... for slot : 3, Message ID : id-1"},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithoutAnAnswer,
+     "DME timeout during UpdatePlatformInfo for slot 3, Message ID : id-1"},
+};
+static_assert(std::size(kPlatformInfo) == 9, "a row for each line of handlers/PlatformInfo.cpp");
+INSTANTIATE_TEST_SUITE_P(PlatformInfo, LogLines, testing::ValuesIn(kPlatformInfo));
+
+constexpr LogRow kPlatformInfoTags[] = {
+    {"missingTagError", 5, reportWithNothing,
+     "No <OsVersion> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithNothing,
+     "No <Sysuptime> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithNothing,
+     "No <Cpu> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithNothing,
+     "No <Memory> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithNothing,
+     "No <AppsMemory> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithNothing,
+     "No <DiskFilesystem> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithNothing,
+     "No <application> tag found in the platformInfoUpdate request"},
+    {"extraTagError", 8, reportWithEachGroupTwice,
+     "More <Cpu> tag found in the platformInfoUpdate request"},
+    {"extraTagError", 8, reportWithEachGroupTwice,
+     "More <Memory> tag found in the platformInfoUpdate request"},
+    {"extraTagError", 8, reportWithEachGroupTwice,
+     "More <AppsMemory> tag found in the platformInfoUpdate request"},
+    {"extraTagError", 8, reportWithEachGroupTwice,
+     "More <DiskFilesystem> tag found in the platformInfoUpdate request"},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyGroups,
+     "No <minus1> tag found for Cpu in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyGroups,
+     "No <minus15> tag found for Cpu in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithEmptyGroups,
+     "No <CurrentSnapshot> tag found for AppsMemory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithEmptyGroups,
+     "No <minus1> tag found for DiskFilesystem in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithEachInnerGroupTwice,
+     "2 <CurrentSnapshot> tag found for AppsMemory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 8, reportWithEachInnerGroupTwice,
+     "2 <minus1> tag found for DiskFilesystem in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyInnerGroups,
+     "No <MemTotalKB> tag found for Memory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyInnerGroups,
+     "No <MemFreeKB> tag found for Memory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyInnerGroups,
+     "No <MemUsedKB> tag found for Memory in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithEmptyInnerGroups,
+     "No <MemTotalKB> tag found for AppsMemory in platformInfoUpdate."},
+    {"missingTagError", 5, reportWithEmptyInnerGroups,
+     "No <Disk> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithAnEmptyDisk,
+     "No <DiskName> tag found in the platformInfoUpdate request"},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithAnEmptyDisk,
+     "No <DiskTotalKB> tag found for DiskFilesystem in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithAnEmptyDisk,
+     "No <DiskFreeKB> tag found for DiskFilesystem in platformInfoUpdate."},
+    {"AG_platformInfoUpdateReqCb", 6, reportWithAnEmptyDisk,
+     "No <DiskUsedKB> tag found for DiskFilesystem in platformInfoUpdate."},
+    {"missingTagError", 5, reportWithAnEmptyDisk,
+     "No <DiskMountPoint> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithAnEmptyApplication,
+     "No <appInstanceId> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithAnEmptyApplication,
+     "No <operStatus> tag found in the platformInfoUpdate request"},
+    {"missingTagError", 5, reportWithAnEmptyApplication,
+     "No <installedVersion> tag found in the platformInfoUpdate request"},
+};
+static_assert(std::size(kPlatformInfoTags) == 7 + 4 + 4 + 2 + 5 + 5 + 3,
+              "the other rows of the tags that a report should hold, trigger by trigger");
+INSTANTIATE_TEST_SUITE_P(PlatformInfoTags, LogLines, testing::ValuesIn(kPlatformInfoTags));
 
 }  // namespace
 }  // namespace zan_serviceOrchAG

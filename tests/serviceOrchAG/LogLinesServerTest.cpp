@@ -1,5 +1,6 @@
 #include <chrono>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -193,9 +194,11 @@ void invalidParameter() {
   serve(gateway);
 }
 
+/// Dispatch lets no other action through.
 void invalidAction() {
-  Response response;
-  MsgHandler::invalidActionResponse("get", "platformInfoUpdate", &response);
+  TestGateway gateway;
+  const std::unique_ptr<Response> response(
+      gateway.handler.AG_platformInfoUpdateReqCb("id-1", "get", "<x/>", 3));
 }
 
 void heartbeatWithoutACount() {
@@ -206,8 +209,15 @@ void heartbeatWithoutACount() {
   serve(gateway);
 }
 
-void tagTooMany() {
-  MsgHandler::extraTagError("Cpu", "platformInfoUpdate");
+void reportWithTwoLoads() {
+  TestGateway gateway;
+  createSMAClient("3", "10.0.0.3", "5560", true);
+  // Nobody would answer the report.
+  gateway.service.onSend([](const test_support::RecordingSvc::Sent&) { throw 7; });
+  gateway.channels.onReceive(
+      {"serviceOrchAG.platformInfo.update", "nox-xml:1", "id-1", "sma_slot3",
+       "<platformInfoUpdateRequest><Cpu/><Cpu/></platformInfoUpdateRequest>"});
+  serve(gateway);
 }
 
 constexpr LogRow kReplies[] = {
@@ -220,7 +230,8 @@ constexpr LogRow kReplies[] = {
     {"errorResponse", 6, invalidAction,
      "Received platformInfoUpdate request with invalid action \"get\""},
     {"missingTagError", 5, heartbeatWithoutACount, "No <count> tag found in the heartbeat request"},
-    {"extraTagError", 8, tagTooMany, "More <Cpu> tag found in the platformInfoUpdate request"},
+    {"extraTagError", 8, reportWithTwoLoads,
+     "More <Cpu> tag found in the platformInfoUpdate request"},
 };
 static_assert(std::size(kReplies) == 5 + 2,
               "a row for each text of an error reply, and for both lines without a reply");
