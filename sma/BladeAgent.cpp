@@ -1,6 +1,7 @@
 #include "sma/BladeAgent.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "serviceOrchAG/svc/Vocabulary.h"
 #include "sma/Requests.h"
@@ -76,6 +77,7 @@ BladeAgent::TimePoint BladeAgent::due() const {
   }
   if (state_ == State::Registered) {
     due = std::min(due, std::max(reporter_.due(), silentUntil_));
+    due = held_.empty() ? due : TimePoint::min();
   }
   if (nextEvent_ < settings_.events.size()) {
     due = std::min(due, start_ + settings_.events[nextEvent_].at);
@@ -91,13 +93,13 @@ void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
   while (nextEvent_ < settings_.events.size() && start_ + settings_.events[nextEvent_].at <= now) {
     start(nextEvent_++, now, outbox);
   }
-  if (!maySend(now)) {
-    return;
-  }
-  if (!sessionPending_ && now >= nextSend_) {
+  if (maySend(now) && !sessionPending_ && now >= nextSend_) {
     sendSession(now, outbox);
   }
-  if (state_ == State::Registered) {
+  for (const std::size_t event : std::exchange(held_, {})) {
+    start(event, now, outbox);
+  }
+  if (maySend(now) && state_ == State::Registered) {
     sendReports(now, outbox);
   }
 }
@@ -128,6 +130,13 @@ void BladeAgent::begin(const DuplicateBeats& what, std::size_t /*event*/, TimePo
 
 void BladeAgent::begin(const SendOdd& what, std::size_t event, TimePoint now,
                        const Outbox& outbox) {
+  // A register that was sent shows that there is a connection.
+  const bool ready =
+      what.early ? counts_.sent(RequestKind::Register) > 0 : state_ == State::Registered;
+  if (!ready) {
+    held_.push_back(event);
+    return;
+  }
   const auto time = std::chrono::duration_cast<Duration>(now - start_);
   for (unsigned i = 0; i < what.times; ++i) {
     post(RequestKind::Odd, makeOddRequest(*what.request, platform_, time, nextId()),
@@ -159,6 +168,9 @@ bool BladeAgent::post(RequestKind kind, const msglyr::Message& message, TimePoin
   if (!outbox(message)) {
     ++counts_.unsent;
     disappoint(event, "could not be sent");
+    if (event != kNoEvent) {
+      ++judged_[event];
+    }
     return false;
   }
   ++counts_.of(kind).sent;
@@ -353,6 +365,16 @@ void BladeAgent::disappoint(std::size_t event, const std::string& cause) {
 std::string BladeAgent::eventText(std::size_t event) const {
   return std::string(eventName(settings_.events[event].what)) + " at " +
          secondsText(settings_.events[event].at) + " s";
+}
+
+bool BladeAgent::isJudged() const {
+  for (std::size_t event = 0; event < settings_.events.size(); ++event) {
+    if (settings_.events[event].expected &&
+        judged_[event] < requestsOf(settings_.events[event].what)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 std::vector<std::string> BladeAgent::disappointments() const {

@@ -76,6 +76,8 @@ class BladeAgent {
   /// A line for each reply so far that was not what its event expected, and for each event whose
   /// replies are still to come.
   std::vector<std::string> disappointments() const;
+  /// True when every reply that an event expects has been judged.
+  bool isJudged() const;
 
  private:
   static constexpr std::size_t kNoEvent = std::numeric_limits<std::size_t>::max();
@@ -124,8 +126,9 @@ class BladeAgent {
   std::string token_;
   std::string gatewayKey_;
   State state_ = State::Unregistered;
-  std::size_t nextEvent_ = 0;  // settings_.events is in order of time
-  TimePoint nextSend_;         // of register or beat
+  std::size_t nextEvent_ = 0;      // settings_.events is in order of time
+  std::vector<std::size_t> held_;  // events that wait for the connection or registration
+  TimePoint nextSend_;             // of register or beat
   TimePoint silentUntil_;
   TimePoint duplicateUntil_;
   bool sessionPending_ = false;  // a register or beat awaits its reply; one at a time

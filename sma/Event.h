@@ -39,6 +39,7 @@ struct DuplicateBeats {
 struct SendOdd {
   const OddRequest* request = nullptr;
   unsigned times = 1;
+  bool early = false;  ///< from the first register request on, else once it is registered
 };
 /// Sends a platform report out of turn.
 struct SendReport {};

@@ -82,7 +82,7 @@ std::string faultNames() {
 }  // namespace
 
 Event readFault(const ScenarioReader& reader) {
-  reader.allowOnly({"fault", "at", "for", "times", "expect"});
+  reader.allowOnly({"fault", "at", "for", "times", "early", "expect"});
   const std::string name = reader.string("fault");
   const auto lasts = reader.seconds("for");
   if (name == "wrong-token" || name == "empty-token") {
@@ -99,7 +99,7 @@ Event readFault(const ScenarioReader& reader) {
     reader.fail("unknown fault '" + name + "'; known are " + faultNames());
   }
   const unsigned times = reader.has("times") ? reader.number("times", 1, kMostTimes) : 1;
-  return readTimed(reader, SendOdd{odd, times});
+  return readTimed(reader, SendOdd{odd, times, reader.has("early") && reader.boolean("early")});
 }
 
 Event readAction(const ScenarioReader& reader) {

@@ -32,6 +32,7 @@ struct Options {
   std::uint64_t seed = 1;
   std::uint32_t listenBase = 0;
   std::string scenario;
+  bool untilJudged = false;
   bool listFaults = false;
   bool json = false;
   bool quiet = false;
@@ -61,6 +62,9 @@ void declare(CLI::App& app, Options& options) {
       ->capture_default_str();
   app.add_option("--for", options.runFor, "seconds to run; without it, until interrupted")
       ->check(CLI::Range(0.001, 1e6));
+  app.add_flag(
+      "--until-judged", options.untilJudged,
+      "end as soon as every reply that the scenario's faults and actions expect is judged");
   app.add_option("--seed", options.seed, "seed of everything that is drawn at random")
       ->capture_default_str();
   app.add_option("--listen-base", options.listenBase,
@@ -107,6 +111,11 @@ bool heardNothing(const std::vector<const sma::BladeAgent*>& blades) {
                      [](const sma::BladeAgent* blade) { return blade->counts().replies() == 0; });
 }
 
+bool allJudged(const std::vector<const sma::BladeAgent*>& blades) {
+  return std::all_of(blades.begin(), blades.end(),
+                     [](const sma::BladeAgent* blade) { return blade->isJudged(); });
+}
+
 std::chrono::milliseconds toMilliseconds(double seconds) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
@@ -126,11 +135,14 @@ int simulate(const Options& options, const std::vector<std::uint32_t>& slots,
   settings.listenBase = options.listenBase;
   sma::Fleet fleet(settings, scenario);
   stopOnSignals(fleet);
-  fleet.run([&options](const sma::Fleet& running) {
+  fleet.run([&options, &fleet](const sma::Fleet& running) {
     if (options.live) {
       sma::printLive(std::cout, running.blades(), running.elapsed());
     } else if (!options.quiet) {
       std::cerr << sma::progressLine(running.blades(), running.elapsed()) << std::endl;
+    }
+    if (options.untilJudged && allJudged(running.blades())) {
+      fleet.stop();
     }
   });
   sma::RunResult result;
