@@ -45,6 +45,8 @@ class AppInstanceMo final : public mo::Mo {
   static constexpr mo::ClassInfo kClass{kClassId, kName, kProperties};
 
   explicit AppInstanceMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}
+
+  JobType jobType() const { return static_cast<JobType>(get(kJobType)); }
 };
 
 }  // namespace sd
