@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "dme/Report.h"
 #include "dme/Token.h"
 #include "framework/core_log/Log.h"
 #include "model/sd/SlotMo.h"
@@ -28,8 +29,7 @@ Verdict BladeAdmission::judge(std::uint32_t slotNumber, const base::String& runn
   if (slot == nullptr) {
     return refuse(slotNumber);
   }
-  store_.set(*slot, sd::SlotMo::kRunningVersion,
-             base::String(runningVersion.view().substr(0, kMostVersionBytes)));
+  store_.set(*slot, sd::SlotMo::kRunningVersion, cutText(runningVersion));
   store_.set(*slot, sd::SlotMo::kRegistrations, slot->get(sd::SlotMo::kRegistrations) + 1);
 
   sd::Admission admission = sd::Admission::kForeign;

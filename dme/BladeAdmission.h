@@ -36,9 +36,6 @@ struct Verdict {
 /// and all before them, are durable.
 class BladeAdmission {
  public:
-  /// A longer running version is recorded up to this many bytes.
-  static constexpr std::size_t kMostVersionBytes = 255;
-
   /// Both outlive this.
   BladeAdmission(ObjectStore& store, Chassis& chassis) : store_(store), chassis_(chassis) {}
 

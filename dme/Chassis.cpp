@@ -1,7 +1,9 @@
 #include "dme/Chassis.h"
+#include "model/sd/AppInstanceMo.h"
 #include "model/sd/ChassisMo.h"
 #include "model/sd/SlotMo.h"
 #include "model/sd/SystemMo.h"
+#include "model/sm/AppInstanceMo.h"
 
 #include <sys/random.h>
 
@@ -55,7 +57,24 @@ void Chassis::createChassis(const std::optional<base::ChassisDescription>& descr
   store_.set(*chassis_, sd::ChassisMo::kSerial, base::String(given.serial));
   store_.set(*chassis_, sd::ChassisMo::kIsDescribed, description.has_value());
   for (const base::ChassisDescription::Slot& slot : given.slots) {
-    addSlot(slot.number, base::String(slot.name));
+    const Object& object = addSlot(slot.number, base::String(slot.name));
+    for (const base::ChassisDescription::App& app : slot.apps) {
+      addApp(object, app);
+    }
+  }
+}
+
+void Chassis::addApp(const Object& slot, const base::ChassisDescription::App& app) {
+  using sd::AppInstanceMo;
+  using State = base::ChassisDescription::App::State;
+  Object& object = store_.create<AppInstanceMo>(slot.dn().child("app-" + mo::escapeStep(app.id)));
+  store_.set(object, AppInstanceMo::kAppInstanceId, app.id);
+  if (!app.version.empty()) {
+    store_.set(object, AppInstanceMo::kExpectedVersion, app.version);
+  }
+  if (app.state != State::kAny) {
+    store_.set(object, AppInstanceMo::kExpectedState,
+               app.state == State::kStarted ? sm::kAppActive : sm::kAppInactive);
   }
 }
 
@@ -88,6 +107,13 @@ void Chassis::index(Object& slot) {
 
 Object* Chassis::slot(std::uint32_t number) const {
   return number < byNumber_.size() ? byNumber_[number] : nullptr;
+}
+
+Result<Object*> Chassis::slotOrReason(std::uint32_t number) const {
+  if (Object* known = slot(number)) {
+    return known;
+  }
+  return failure("there is no slot " + std::to_string(number));
 }
 
 Object* Chassis::slotForBlade(std::uint32_t number) {

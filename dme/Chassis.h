@@ -5,11 +5,13 @@
 #include <vector>
 
 #include "dme/ObjectStore.h"
+#include "dme/Result.h"
 #include "framework/base/ChassisFile.h"
 
 namespace dme {
 
-/// The chassis and its slots as objects of the store, found by slot number. Not thread-safe.
+/// The chassis, its slots and the application instances that are to be in them, as objects of the
+/// store; slots are found by their number. Not thread-safe.
 class Chassis {
  public:
   /// Reads what the store holds. An empty store gets a chassis: with the slots of `description`
@@ -23,6 +25,8 @@ class Chassis {
 
   /// The slot's object, or null. A number out of 1 to base::kHighestSlot is never there.
   Object* slot(std::uint32_t number) const;
+  /// The slot's object, or why there is none, for the answer to a call.
+  Result<Object*> slotOrReason(std::uint32_t number) const;
   /// The slot's object; one that is not there is made. Null when the number is out of 1 to
   /// base::kHighestSlot, or the chassis was described without this slot.
   Object* slotForBlade(std::uint32_t number);
@@ -39,6 +43,7 @@ class Chassis {
   void createChassis(const std::optional<base::ChassisDescription>& description);
   void beginEpoch();
   Object& addSlot(std::uint32_t number, const base::String& name);
+  void addApp(const Object& slot, const base::ChassisDescription::App& app);
   void index(Object& slot);
 
   ObjectStore& store_;

@@ -13,7 +13,8 @@ EngineConfig EngineConfig::from(const base::SvcConfigParams& params) {
   return {params.getStateDir().str(),
           params.getDmeChassis().str(),
           params.getDmeEndpoint().str(),
-          {params.getDmeHeartbeatInterval(), params.getDmeHeartbeatMisses(), params.getDmeGrace()}};
+          {params.getDmeHeartbeatInterval(), params.getDmeHeartbeatMisses(), params.getDmeGrace()},
+          systemTime};
 }
 
 Result<std::unique_ptr<Engine>> Engine::open(const EngineConfig& config) {
@@ -44,10 +45,12 @@ Engine::Engine(EngineConfig config, std::unique_ptr<ObjectStore> store,
       store_(std::move(store)),
       chassis_(*store_, description),
       monitor_(config_.monitor),
-      server_(*store_, chassis_, monitor_,
-              [this](proc::EngineLink::PeerId peer, const base::OBioStream& bytes, bool urgent) {
-                return link_->send(peer, bytes, urgent);
-              }) {}
+      server_(
+          *store_, chassis_, monitor_,
+          [this](proc::EngineLink::PeerId peer, const base::OBioStream& bytes, bool urgent) {
+            return link_->send(peer, bytes, urgent);
+          },
+          config_.wallClock) {}
 
 Engine::~Engine() {
   stop();

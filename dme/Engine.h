@@ -16,6 +16,7 @@
 #include "dme/MethodServer.h"
 #include "dme/ObjectStore.h"
 #include "dme/Result.h"
+#include "dme/WallClock.h"
 #include "framework/proc/EngineLink.h"
 #include "model/sd/SlotMo.h"
 
@@ -30,6 +31,7 @@ struct EngineConfig {
   std::string chassisFile;  ///< read by an engine without a chassis; empty for none
   std::string endPoint;     ///< inproc://, ipc:// or tcp://
   BladeMonitor::Settings monitor;
+  WallClock wallClock = systemTime;
 
   static EngineConfig from(const base::SvcConfigParams& params);
 };

@@ -23,17 +23,12 @@ namespace {
 /// The code under which a slot is refused: the request itself is at fault.
 constexpr std::uint32_t kInvalidCode = 1003;
 constexpr std::uint32_t kNotStoredCode = 1005;
-constexpr std::size_t kMostTextBytes = 255;
 
 constexpr std::uint8_t kClusterUp = 1;
 
 template <class Me>
 bool readArguments(base::IBioStream& stream, typename Me::InTuple& arguments) {
   return method::readArgs(stream, arguments) && stream.remaining() == 0;
-}
-
-base::String bounded(const base::String& text) {
-  return text.size() <= kMostTextBytes ? text : base::String(text.view().substr(0, kMostTextBytes));
 }
 
 /// The call as an object of its own, for an answer that is sent later.
@@ -70,26 +65,27 @@ const std::array<MethodServer::Method, MethodServer::kMethods>& MethodServer::me
       entry<sysdebug::RefreshLogControlMe>(&Self::refreshLogControl),
       entry<agboot::BootstrapMe>(&Self::answerEmpty<agboot::BootstrapMe>),
       entry<agboot::BootstrapDoneMe>(&Self::answerEmpty<agboot::BootstrapDoneMe>),
-      entry<serviceorchapi::UpdatePlatformInfoMe>(
-          &Self::decline<serviceorchapi::UpdatePlatformInfoMe>),
-      entry<serviceorchapi::ValidateAppInstancesMe>(
-          &Self::decline<serviceorchapi::ValidateAppInstancesMe>),
-      entry<serviceorchapi::NotifyAppFailureMe>(&Self::decline<serviceorchapi::NotifyAppFailureMe>),
-      entry<serviceorchapi::UpdateProgressMe>(&Self::decline<serviceorchapi::UpdateProgressMe>),
-      entry<serviceorchapi::UpdateDiskFormatStatusMe>(
-          &Self::decline<serviceorchapi::UpdateDiskFormatStatusMe>),
-      entry<serverapi::OsControllerUpgradeProgressMe>(
-          &Self::decline<serverapi::OsControllerUpgradeProgressMe>),
+      entry<serviceorchapi::UpdatePlatformInfoMe>(&Self::updatePlatformInfo),
+      entry<serviceorchapi::ValidateAppInstancesMe>(&Self::validateAppInstances),
+      entry<serviceorchapi::NotifyAppFailureMe>(&Self::notifyAppFailure),
+      entry<serviceorchapi::UpdateProgressMe>(&Self::updateProgress),
+      entry<serviceorchapi::UpdateDiskFormatStatusMe>(&Self::updateDiskFormatStatus),
+      entry<serverapi::OsControllerUpgradeProgressMe>(&Self::updateUpgradeProgress),
   };
   return kTable;
 }
 
-MethodServer::MethodServer(ObjectStore& store, Chassis& chassis, BladeMonitor& monitor, Send send)
+MethodServer::MethodServer(ObjectStore& store, Chassis& chassis, BladeMonitor& monitor, Send send,
+                           WallClock wallClock)
     : store_(store),
       chassis_(chassis),
       monitor_(monitor),
       admission_(store, chassis),
-      send_(std::move(send)) {}
+      send_(std::move(send)),
+      wallClock_(std::move(wallClock)),
+      platforms_(store, chassis, reports_),
+      instances_(store, chassis, reports_),
+      operations_(store, chassis, instances_, reports_) {}
 
 void MethodServer::handle(PeerId peer, const unsigned char* bytes, std::size_t size,
                           TimePoint now) {
@@ -133,6 +129,7 @@ void MethodServer::carryOut(const Method& method, std::size_t place, const Call&
 MethodServer::Counters MethodServer::counters() const {
   Counters counters = counters_;
   counters.notDurable = notDurable_.load(std::memory_order_relaxed);
+  counters.reports = reports_;
   for (std::size_t i = 0; i < kMethods; ++i) {
     counters.methods.push_back({methods()[i].name, calls_[i]});
   }
@@ -210,14 +207,14 @@ bool MethodServer::recordOsController(const Call& call) {
     fail(call, kInvalidCode, "there is no slot " + std::to_string(number));
     return true;
   }
-  store_.set(*slot, sd::SlotMo::kStartupVersion, bounded(startup));
-  store_.set(*slot, sd::SlotMo::kRunningVersion, bounded(runningVersion));
-  store_.set(*slot, sd::SlotMo::kRunningImage, bounded(runningImage));
+  store_.set(*slot, sd::SlotMo::kStartupVersion, cutText(startup));
+  store_.set(*slot, sd::SlotMo::kRunningVersion, cutText(runningVersion));
+  store_.set(*slot, sd::SlotMo::kRunningImage, cutText(runningImage));
   store_.set(*slot, sd::SlotMo::kRunningImageSize, runningSize);
-  store_.set(*slot, sd::SlotMo::kCachedVersion, bounded(cachedVersion));
-  store_.set(*slot, sd::SlotMo::kCachedImage, bounded(cachedImage));
+  store_.set(*slot, sd::SlotMo::kCachedVersion, cutText(cachedVersion));
+  store_.set(*slot, sd::SlotMo::kCachedImage, cutText(cachedImage));
   store_.set(*slot, sd::SlotMo::kCachedImageSize, cachedSize);
-  store_.set(*slot, sd::SlotMo::kVendor, bounded(vendor));
+  store_.set(*slot, sd::SlotMo::kVendor, cutText(vendor));
   const std::shared_ptr<const Me> kept = keep<Me>(call.header);
   store_.commit([this, kept, peer = call.peer](const Result<void>& stored) {
     notDurable_.fetch_add(stored ? 0 : 1, std::memory_order_relaxed);
@@ -271,15 +268,83 @@ bool MethodServer::answerEmpty(const Call& call) {
   return true;
 }
 
-template <class Me>
-bool MethodServer::decline(const Call& call) {
+template <class Me, class Work>
+bool MethodServer::record(const Call& call, Work work) {
   typename Me::InTuple arguments;
   if (!readArguments<Me>(call.stream, arguments)) {
     return false;
   }
-  fail(call, proc::kNoHandlerCode,
-       std::string(Me::kName) + " is not supported by this version of the engine");
+  if (const Result<void> taken = std::apply(work, arguments); !taken) {
+    ++reports_.refused;
+    core_log::logPrintf("record", core_log::serviceLevel(), 6, "%s refused: %s", Me::kName.data(),
+                        taken.error().text.c_str());
+    fail(call, kInvalidCode, taken.error().text);
+    return true;
+  }
+  succeedWhenStored<Me>(call);
   return true;
+}
+
+template <class Me>
+void MethodServer::succeedWhenStored(const Call& call) {
+  const std::shared_ptr<const Me> kept = keep<Me>(call.header);
+  store_.commit([this, kept, peer = call.peer](const Result<void>& stored) {
+    notDurable_.fetch_add(stored ? 0 : 1, std::memory_order_relaxed);
+    if (!kept->isResponseRequired()) {
+      return;
+    }
+    send_(peer,
+          stored ? method::encodeAnswer(*kept, {})
+                 : method::encodeFailure(*kept, {proc::kFrameworkBits, kNotStoredCode,
+                                                 "the report could not be stored"}),
+          true);
+  });
+}
+
+bool MethodServer::updatePlatformInfo(const Call& call) {
+  return record<serviceorchapi::UpdatePlatformInfoMe>(
+      call,
+      [this](std::uint32_t slot, const method::Config& monitor, const method::ConfigSet& disks) {
+        return platforms_.record(slot, monitor, disks, wallClock_());
+      });
+}
+
+bool MethodServer::validateAppInstances(const Call& call) {
+  return record<serviceorchapi::ValidateAppInstancesMe>(
+      call, [this](std::uint32_t slot, const method::ConfigSet& instances) {
+        return instances_.record(slot, instances, wallClock_());
+      });
+}
+
+bool MethodServer::notifyAppFailure(const Call& call) {
+  return record<serviceorchapi::NotifyAppFailureMe>(call, [this](const base::String& identifier) {
+    return instances_.noteFailure(identifier, wallClock_());
+  });
+}
+
+bool MethodServer::updateProgress(const Call& call) {
+  return record<serviceorchapi::UpdateProgressMe>(
+      call, [this](const base::String& identifier, std::uint8_t command, std::uint32_t percentage,
+                   std::uint8_t status, std::uint32_t code, const base::String& errorText) {
+        return operations_.noteProgress(identifier, command, percentage, status, code, errorText,
+                                        wallClock_());
+      });
+}
+
+bool MethodServer::updateDiskFormatStatus(const Call& call) {
+  return record<serviceorchapi::UpdateDiskFormatStatusMe>(
+      call, [this](std::uint32_t slot, std::uint8_t status) {
+        return operations_.noteDiskFormat(slot, status, wallClock_());
+      });
+}
+
+bool MethodServer::updateUpgradeProgress(const Call& call) {
+  // The version and the kind of image are fixed words, the chassis is always the first.
+  return record<serverapi::OsControllerUpgradeProgressMe>(
+      call, [this](std::uint64_t, std::uint32_t, std::uint32_t slot, const base::String&,
+                   std::uint32_t percentage, std::uint8_t status, const base::String&) {
+        return operations_.noteUpgrade(slot, percentage, status, wallClock_());
+      });
 }
 
 }  // namespace dme

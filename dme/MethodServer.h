@@ -8,10 +8,16 @@
 #include <string_view>
 #include <vector>
 
+#include "dme/AppInstances.h"
 #include "dme/BladeAdmission.h"
 #include "dme/BladeMonitor.h"
 #include "dme/Chassis.h"
 #include "dme/ObjectStore.h"
+#include "dme/Operations.h"
+#include "dme/PlatformReports.h"
+#include "dme/Report.h"
+#include "dme/Result.h"
+#include "dme/WallClock.h"
 #include "framework/base/BioStream.h"
 #include "framework/proc/Stimulus.h"
 
@@ -41,11 +47,13 @@ class MethodServer {
     std::uint64_t strayBeats = 0;      ///< heartbeats from slots where no blade is expected
     std::uint64_t refused = 0;         ///< registrations for slots that do not exist
     std::uint64_t notDurable = 0;      ///< changes that were not stored when they should have been
+    ReportCounters reports;            ///< what blades reported and was not taken as it came
     std::vector<MethodCount> methods;  ///< calls that were decoded, by method
   };
 
   /// Everything outlives this, and the store is closed before this goes.
-  MethodServer(ObjectStore& store, Chassis& chassis, BladeMonitor& monitor, Send send);
+  MethodServer(ObjectStore& store, Chassis& chassis, BladeMonitor& monitor, Send send,
+               WallClock wallClock = systemTime);
 
   /// Takes the bytes of one stimulus, borrowed for the call. Bytes of any content are taken; what
   /// does not decode is counted, logged, and answered with a failure where an answer is wanted.
@@ -81,9 +89,18 @@ class MethodServer {
   /// Success with results that are all empty.
   template <class Me>
   bool answerEmpty(const Call& call);
-  /// Decodes the arguments, and fails with the reason that the engine cannot do this.
+  bool updatePlatformInfo(const Call& call);
+  bool validateAppInstances(const Call& call);
+  bool notifyAppFailure(const Call& call);
+  bool updateProgress(const Call& call);
+  bool updateDiskFormatStatus(const Call& call);
+  bool updateUpgradeProgress(const Call& call);
+  /// Hands the arguments to `work`, which stages changes or refuses with a reason, and answers
+  /// when the changes are durable.
+  template <class Me, class Work>
+  bool record(const Call& call, Work work);
   template <class Me>
-  bool decline(const Call& call);
+  void succeedWhenStored(const Call& call);
 
   void carryOut(const Method& method, std::size_t place, const Call& call);
   void fail(const Call& call, std::uint32_t code, const base::String& reason);
@@ -96,6 +113,11 @@ class MethodServer {
   BladeMonitor& monitor_;
   BladeAdmission admission_;
   const Send send_;
+  const WallClock wallClock_;
+  ReportCounters reports_;
+  PlatformReports platforms_;
+  AppInstances instances_;
+  Operations operations_;
 
   proc::StimulusHeader header_;  // of the stimulus at hand; kept for its memory
   Counters counters_;

@@ -12,6 +12,9 @@
 #include "model/sd/SlotMo.h"
 #include "model/serverapi/Methods.h"
 #include "model/serviceorchapi/Methods.h"
+#include "model/sm/AppInstanceMo.h"
+#include "model/sm/DiskFileSystemMo.h"
+#include "model/sm/MonitorMo.h"
 #include "model/sysdebug/Methods.h"
 #include "tests/dme/ServiceStandIn.h"
 #include "tests/dme/TempDirectory.h"
@@ -35,7 +38,8 @@ class Server : public testing::Test {
     ASSERT_TRUE(store) << store.error().text;
     store_ = std::move(*store);
     chassis_ = std::make_unique<Chassis>(*store_, std::nullopt);
-    server_ = std::make_unique<MethodServer>(*store_, *chassis_, monitor_, service_.receiver());
+    server_ = std::make_unique<MethodServer>(*store_, *chassis_, monitor_, service_.receiver(),
+                                             [] { return std::uint64_t{1700000000000}; });
   }
   void TearDown() override { store_->close(); }
 
@@ -248,25 +252,113 @@ TEST_F(Server, RefreshLogControl_BringsTheLevelInForce) {
   EXPECT_EQ(std::get<0>(call<sysdebug::RefreshLogControlMe>({}).me->out), 3);
 }
 
-TEST_F(Server, MethodsOfLaterSteps_AreDeclinedHonestly) {
-  const auto answer = call<serviceorchapi::UpdatePlatformInfoMe>({3, {}, {}});
-  ASSERT_TRUE(answer.failure);
-  EXPECT_EQ(answer.failure->text,
-            "serviceorchapi::UpdatePlatformInfo is not supported by this version of the engine");
-  tell(ServiceStandIn::encode<serviceorchapi::ValidateAppInstancesMe>({3, {}}, "c", false));
-  tell(ServiceStandIn::encode<serviceorchapi::NotifyAppFailureMe>({"a"}, "c", false));
-  tell(
-      ServiceStandIn::encode<serviceorchapi::UpdateProgressMe>({"a", 1, 2, 3, 4, "e"}, "c", false));
-  tell(ServiceStandIn::encode<serviceorchapi::UpdateDiskFormatStatusMe>({3, 1}, "c", false));
-  tell(ServiceStandIn::encode<serverapi::OsControllerUpgradeProgressMe>({0, 1, 3, "v", 50, 1, "i"},
-                                                                        "c", false));
-  for (const char* name :
-       {"serviceorchapi::UpdatePlatformInfo", "serviceorchapi::ValidateAppInstances",
-        "serviceorchapi::NotifyAppFailure", "serviceorchapi::UpdateProgress",
-        "serviceorchapi::UpdateDiskFormatStatus", "serverapi::OsControllerUpgradeProgress"}) {
-    EXPECT_EQ(callsOf(name), 1u) << name;
+using serverapi::OsControllerUpgradeProgressMe;
+using serviceorchapi::NotifyAppFailureMe;
+using serviceorchapi::UpdateDiskFormatStatusMe;
+using serviceorchapi::UpdatePlatformInfoMe;
+using serviceorchapi::UpdateProgressMe;
+using serviceorchapi::ValidateAppInstancesMe;
+
+method::Config monitor(const base::String& osVersion) {
+  sm::MonitorMo report;
+  report.set(sm::MonitorMo::kOsVersion, osVersion);
+  return report.toConfig();
+}
+
+method::ConfigSet instances(std::initializer_list<base::String> identifiers) {
+  method::ConfigSet set;
+  for (const base::String& identifier : identifiers) {
+    sm::AppInstanceMo report;
+    report.set(sm::AppInstanceMo::kAppInstanceId, identifier);
+    set.append(report.toConfig());
   }
-  EXPECT_EQ(server_->counters().undecodable, 0u);
+  return set;
+}
+
+TEST_F(Server, EveryReport_IsAnsweredWhenItIsStored) {
+  admit(3);
+  EXPECT_FALSE(call<UpdatePlatformInfoMe>({3, monitor("1.2"), {}}).failure);
+  EXPECT_FALSE(call<ValidateAppInstancesMe>({3, instances({"a1"})}).failure);
+  EXPECT_FALSE(call<NotifyAppFailureMe>({"a1"}).failure);
+  EXPECT_FALSE(call<UpdateProgressMe>({"a1", 1, 50, 1, 100, ""}).failure);
+  EXPECT_FALSE(call<UpdateDiskFormatStatusMe>({3, 1}).failure);
+  EXPECT_FALSE(call<OsControllerUpgradeProgressMe>({0, 1, 3, "99.1.2.3", 50, 3, "nox-os"}).failure);
+  store_.reset();
+  auto reopened = ObjectStore::open(directory_.path());
+  ASSERT_TRUE(reopened) << reopened.error().text;
+  store_ = std::move(*reopened);
+  const std::string slot = "sys/chassis-1/slot-3";
+  for (const char* name : {"/monitor", "/reported-a1", "/reported-a1/fault-unexpected",
+                           "/reported-a1/operation-installApp", "/operation-formatDisk",
+                           "/operation-uploadPlatformImage"}) {
+    EXPECT_NE(store_->find(mo::Dn(slot + name)), nullptr) << name;
+  }
+  const Object* monitorObject = store_->find(mo::Dn(slot + "/monitor"));
+  EXPECT_EQ(monitorObject->get(sm::MonitorMo::kObservedAt), 1700000000000U);
+}
+
+TEST_F(Server, ReportWithoutAnAnswerWanted_IsTakenSilently) {
+  admit(3);
+  tell(ServiceStandIn::encode<ValidateAppInstancesMe>({3, instances({"a1"})}, "c", false));
+  tell(ServiceStandIn::encode<NotifyAppFailureMe>({"nobody"}, "c", false));
+  EXPECT_NE(store_->find(mo::Dn("sys/chassis-1/slot-3/reported-a1")), nullptr);
+  EXPECT_EQ(server_->counters().reports.refused, 1u);
+}
+
+TEST_F(Server, RefusedReports_FailWithTheReasonAndAreCounted) {
+  const test_support::LogCapture log;
+  admit(3);
+  call<ValidateAppInstancesMe>({3, instances({"a1"})});
+  const std::uint64_t before = store_->counters().transactions;
+  std::uint64_t refused = 0;
+  const auto expectRefused = [&](const auto& answer, const char* reason) {
+    ASSERT_TRUE(answer.failure) << reason;
+    EXPECT_EQ(answer.failure->bits, 1u);
+    EXPECT_EQ(answer.failure->code, 1003u);
+    EXPECT_EQ(answer.failure->text, reason);
+    EXPECT_EQ(server_->counters().reports.refused, ++refused);
+  };
+  expectRefused(call<UpdatePlatformInfoMe>({9, monitor("1"), {}}), "there is no slot 9");
+  expectRefused(call<UpdatePlatformInfoMe>({3, {}, {}}), "class 0 is no monitor");
+  expectRefused(call<ValidateAppInstancesMe>({9, {}}), "there is no slot 9");
+  expectRefused(call<NotifyAppFailureMe>({"zz"}), "there is no application instance 'zz'");
+  expectRefused(call<UpdateProgressMe>({"zz", 1, 50, 1, 100, ""}),
+                "there is no application instance 'zz'");
+  expectRefused(call<UpdateProgressMe>({"a1", 8, 50, 1, 100, ""}), "command 8 is unknown");
+  expectRefused(call<UpdateProgressMe>({"a1", 1, 50, 4, 100, ""}), "status 4 is unknown");
+  expectRefused(call<UpdateDiskFormatStatusMe>({9, 1}), "there is no slot 9");
+  expectRefused(call<UpdateDiskFormatStatusMe>({3, 0}), "disk format status 0 is unknown");
+  expectRefused(call<OsControllerUpgradeProgressMe>({0, 1, 9, "", 50, 3, ""}),
+                "there is no slot 9");
+  expectRefused(call<OsControllerUpgradeProgressMe>({0, 1, 3, "", 50, 4, ""}),
+                "upgrade status 4 is unknown");
+  EXPECT_TRUE(log.contains(6,
+                           "serviceorchapi::NotifyAppFailure refused: there is no application "
+                           "instance 'zz'"));
+  store_->commit();
+  EXPECT_EQ(store_->counters().transactions, before);
+}
+
+TEST_F(Server, ReportThatCannotBeStored_FailsWithTheReason) {
+  admit(3);
+  store_->close();  // from now on nothing is stored
+  const auto answer = call<UpdatePlatformInfoMe>({3, monitor("1.2"), {}});
+  ASSERT_TRUE(answer.failure);
+  EXPECT_EQ(answer.failure->code, 1005u);
+  EXPECT_EQ(answer.failure->text, "the report could not be stored");
+  EXPECT_EQ(server_->counters().notDurable, 1u);
+}
+
+TEST_F(Server, WhatWasNotTakenAsItCame_IsCounted) {
+  admit(3);
+  method::ConfigSet disks;
+  for (int i = 0; i < 1000; ++i) {
+    disks.append(sm::DiskFileSystemMo().toConfig());
+  }
+  EXPECT_FALSE(call<UpdatePlatformInfoMe>({3, monitor(std::string(1048576, 'x')), disks}).failure);
+  const ReportCounters counters = server_->counters().reports;
+  EXPECT_EQ(counters.surplusDisks, 936u);
+  EXPECT_EQ(counters.cutTexts, 1u);
 }
 
 TEST_F(Server, UnknownMethod_FailsAndIsCounted) {
@@ -319,7 +411,12 @@ TEST_F(Server, BytesChangedAtRandom_NeverBreakIt) {
       ServiceStandIn::encode<ValidateBladeStateMe>({3, "1.2", "token"}),
       ServiceStandIn::encode<OsControllerVersionMe>(versionArguments(3, "image")),
       ServiceStandIn::encode<UpdateSmaHeartbeatMe>({3, 1, 1}),
-      ServiceStandIn::encode<serviceorchapi::UpdatePlatformInfoMe>({3, {}, {}})};
+      ServiceStandIn::encode<UpdatePlatformInfoMe>({3, monitor("1.2"), instances({"a1"})}),
+      ServiceStandIn::encode<ValidateAppInstancesMe>({3, instances({"a1", "a2"})}),
+      ServiceStandIn::encode<NotifyAppFailureMe>({"a1"}),
+      ServiceStandIn::encode<UpdateProgressMe>({"a1", 1, 50, 1, 100, "text"}),
+      ServiceStandIn::encode<UpdateDiskFormatStatusMe>({3, 1}),
+      ServiceStandIn::encode<OsControllerUpgradeProgressMe>({0, 1, 3, "v", 50, 3, "i"})};
   for (int round = 0; round < 20000; ++round) {
     std::string bytes = calls[random() % calls.size()];
     for (unsigned i = 0; i <= random() % 4; ++i) {

@@ -1,0 +1,247 @@
+#include "dme/AppInstances.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "framework/core_log/Log.h"
+#include "model/sd/AppInstanceMo.h"
+#include "model/sd/FaultMo.h"
+#include "model/sd/SlotMo.h"
+#include "model/sm/AppInstanceMo.h"
+
+namespace dme {
+
+namespace {
+
+using Believed = sd::AppInstanceMo;
+
+std::string wordFor(std::uint8_t state) {
+  switch (state) {
+    case sm::kAppActive:
+      return "started";
+    case sm::kAppInactive:
+      return "stopped";
+    default:
+      return "in an unknown state";
+  }
+}
+
+std::optional<std::string> otherState(const Object& believed, const Object& reported) {
+  const std::uint8_t expected = believed.get(Believed::kExpectedState);
+  const std::uint8_t actual = reported.get(sm::AppInstanceMo::kState);
+  if (!believed.has(Believed::kExpectedState) || !reported.has(sm::AppInstanceMo::kState) ||
+      expected == actual) {
+    return std::nullopt;
+  }
+  return "expected " + wordFor(expected) + ", is " + wordFor(actual);
+}
+
+std::optional<std::string> otherVersion(const Object& believed, const Object& reported) {
+  const base::String& expected = believed.get(Believed::kExpectedVersion);
+  const base::String& actual = reported.get(sm::AppInstanceMo::kInstalledVersion);
+  if (!believed.has(Believed::kExpectedVersion) ||
+      !reported.has(sm::AppInstanceMo::kInstalledVersion) || expected == actual) {
+    return std::nullopt;
+  }
+  return "expected version " + expected.str() + ", is " + actual.str();
+}
+
+/// For the reason of an answer: any text as a piece of one line.
+std::string quoted(const base::String& identifier) {
+  return "'" + mo::escapeStep(cutText(identifier, 64).view()) + "'";
+}
+
+template <class Me>
+void addFailure(ObjectStore& store, Object& instance, std::uint64_t now) {
+  store.set(instance, Me::kIsFailed, true);
+  store.set(instance, Me::kFailures, instance.get(Me::kFailures) + 1);
+  store.set(instance, Me::kFailedAt, now);
+}
+
+}  // namespace
+
+struct AppInstances::Report {
+  std::map<std::string, sm::AppInstanceMo, std::less<>> byIdentifier;
+};
+
+AppInstances::AppInstances(ObjectStore& store, Chassis& chassis, ReportCounters& counters)
+    : store_(store), chassis_(chassis), counters_(counters) {
+  for (const Object* slot : chassis_.slots()) {
+    index(*slot);
+  }
+}
+
+void AppInstances::index(const Object& slot) {
+  for (Object* object : store_.below(slot.dn())) {
+    if (object->is<Believed>()) {
+      const std::string& identifier = object->get(Believed::kAppInstanceId).str();
+      slots_[slot.get(sd::SlotMo::kNumber)].believed.emplace(identifier, object);
+      believed_.emplace(identifier, object);
+    } else if (object->is<sm::AppInstanceMo>()) {
+      const std::string& identifier = object->get(sm::AppInstanceMo::kAppInstanceId).str();
+      slots_[slot.get(sd::SlotMo::kNumber)].reported.emplace(identifier, object);
+      reported_[identifier].push_back(object);
+    }
+  }
+}
+
+Result<void> AppInstances::record(std::uint32_t slot, const method::ConfigSet& instances,
+                                  std::uint64_t now) {
+  const Result<Object*> object = chassis_.slotOrReason(slot);
+  if (!object) {
+    return tl::unexpected<Error>(object.error());
+  }
+  Slot& held = slots_[slot];
+  replace(**object, held.reported, take(instances), now);
+  logDifferences(slot, compare(held, now));
+  return {};
+}
+
+AppInstances::Report AppInstances::take(const method::ConfigSet& instances) {
+  Report report;
+  for (const method::Config& config : instances.configs()) {
+    const method::Value* const value = config.find(sm::AppInstanceMo::kAppInstanceId.id);
+    const auto* identifier = value != nullptr ? std::get_if<base::String>(value) : nullptr;
+    sm::AppInstanceMo instance;
+    if (report.byIdentifier.size() == kMostInstances) {
+      ++counters_.surplusInstances;
+    } else if (config.classId() != sm::AppInstanceMo::kClassId) {
+      ++counters_.unfitObjects;
+    } else if (identifier == nullptr || identifier->empty() ||
+               identifier->size() > kMostTextBytes ||
+               report.byIdentifier.contains(identifier->str())) {
+      // Cut, it could be the identifier of another instance.
+      ++counters_.unfitInstances;
+    } else if (takeReport(config, instance, counters_)) {
+      report.byIdentifier.emplace(identifier->str(), instance);
+    }
+  }
+  return report;
+}
+
+void AppInstances::replace(const Object& slot, Instances& held, const Report& report,
+                           std::uint64_t now) {
+  for (auto next = held.begin(); next != held.end();) {
+    if (report.byIdentifier.contains(next->first)) {
+      ++next;
+    } else {
+      forget(next->first, *next->second);
+      next = held.erase(next);
+    }
+  }
+  for (const auto& [identifier, instance] : report.byIdentifier) {
+    Object*& object = held[identifier];
+    if (object == nullptr) {
+      object = &store_.create<sm::AppInstanceMo>(
+          slot.dn().child("reported-" + mo::escapeStep(identifier)));
+      reported_[identifier].push_back(object);
+    }
+    const bool hasChanged = store_.assign(*object, instance, mo::kReportGroups);
+    store_.observe(*object, sm::AppInstanceMo::kObservedAt, now, hasChanged);
+  }
+}
+
+void AppInstances::forget(const std::string& identifier, const Object& instance) {
+  const auto all = reported_.find(identifier);
+  std::erase(all->second, &instance);
+  if (all->second.empty()) {
+    reported_.erase(all);
+  }
+  store_.remove(instance.dn());
+}
+
+std::size_t AppInstances::compare(const Slot& slot, std::uint64_t now) {
+  std::size_t faults = 0;
+  const auto count = [&](const Object& instance, std::string_view kind,
+                         const std::optional<std::string>& difference) {
+    faults += judge(instance, kind, difference, now) ? 1 : 0;
+  };
+  const std::optional<std::string> none;
+  for (const auto& [identifier, believed] : slot.believed) {
+    const auto found = slot.reported.find(identifier);
+    const Object* const reported = found != slot.reported.end() ? found->second : nullptr;
+    count(*believed, "missing", reported == nullptr ? "expected, not reported" : none);
+    count(*believed, "otherState", reported != nullptr ? otherState(*believed, *reported) : none);
+    count(*believed, "otherVersion",
+          reported != nullptr ? otherVersion(*believed, *reported) : none);
+  }
+  for (const auto& [identifier, reported] : slot.reported) {
+    count(*reported, "unexpected",
+          slot.believed.contains(identifier) ? none : "reported, not expected");
+  }
+  return faults;
+}
+
+bool AppInstances::judge(const Object& instance, std::string_view kind,
+                         const std::optional<std::string>& difference, std::uint64_t now) {
+  using sd::FaultMo;
+  const mo::Dn dn = instance.dn().child("fault-" + std::string(kind));
+  if (!difference) {
+    store_.remove(dn);
+    return false;
+  }
+  Object* fault = store_.find(dn);
+  const bool isNew = fault == nullptr;
+  if (isNew) {
+    fault = &store_.create<FaultMo>(dn);
+    store_.set(*fault, FaultMo::kKind, base::String(kind));
+    store_.set(*fault, FaultMo::kSince, now);
+  }
+  const bool isOther = fault->get(FaultMo::kDetail) != base::String(*difference);
+  store_.set(*fault, FaultMo::kDetail, *difference);
+  // The count changes with every report and goes to the disk when the time does.
+  const std::uint32_t count = fault->get(FaultMo::kCount) + 1;
+  if (store_.observe(*fault, FaultMo::kObservedAt, now, isNew || isOther)) {
+    store_.set(*fault, FaultMo::kCount, count);
+  } else {
+    store_.hold(*fault, FaultMo::kCount, count);
+  }
+  return true;
+}
+
+void AppInstances::logDifferences(std::uint32_t slot, std::size_t faults) {
+  std::size_t& last = faults_[slot];
+  if (std::exchange(last, faults) != faults) {
+    core_log::logPrintf("record", core_log::serviceLevel(), 5,
+                        "slot %u: %zu differences between what is expected and what is reported",
+                        slot, faults);
+  }
+}
+
+Result<Object*> AppInstances::find(const base::String& identifier) const {
+  if (const auto found = believed_.find(identifier.str()); found != believed_.end()) {
+    return found->second;
+  }
+  const auto found = reported_.find(identifier.str());
+  if (found == reported_.end()) {
+    return failure("there is no application instance " + quoted(identifier));
+  }
+  if (found->second.size() > 1) {
+    return failure("application instance " + quoted(identifier) + " is in " +
+                   std::to_string(found->second.size()) + " slots");
+  }
+  return found->second.front();
+}
+
+Result<void> AppInstances::noteFailure(const base::String& identifier, std::uint64_t now) {
+  const Result<Object*> instance = find(identifier);
+  if (!instance) {
+    return tl::unexpected<Error>(instance.error());
+  }
+  if ((*instance)->is<Believed>()) {
+    addFailure<Believed>(store_, **instance, now);
+  } else {
+    addFailure<sm::AppInstanceMo>(store_, **instance, now);
+  }
+  return {};
+}
+
+void AppInstances::clearFailure(Object& instance) {
+  if (instance.is<Believed>()) {
+    store_.clear(instance, Believed::kIsFailed);
+  } else {
+    store_.clear(instance, sm::AppInstanceMo::kIsFailed);
+  }
+}
+
+}  // namespace dme

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "dme/Chassis.h"
+#include "dme/ObjectStore.h"
+#include "dme/Report.h"
+#include "dme/Result.h"
+#include "framework/method/Config.h"
+
+namespace dme {
+
+/// The application instances of the chassis: those that the engine believes to be on a blade
+/// ("app-<identifier>" below its slot), those that the blade reports ("reported-<identifier>"), and
+/// the differences ("fault-<kind>" below the instance that they are about):
+///
+///   missing       believed, not reported
+///   unexpected    reported, not believed in this slot
+///   otherState    both, in another state; not when one side tells none
+///   otherVersion  both, in another version; not when one side tells none
+///
+/// A fault goes when a report does not show the difference any more.
+///
+/// Not thread-safe. Changes are staged in the store, for one transaction.
+class AppInstances {
+ public:
+  static constexpr std::size_t kMostInstances = base::kMostAppsPerSlot;  ///< of a report
+
+  /// Finds the instances that the store holds. Everything outlives this.
+  AppInstances(ObjectStore& store, Chassis& chassis, ReportCounters& counters);
+
+  /// Puts the slot's report in the place of the one before, and compares it with what is believed.
+  /// An instance that is reported again keeps its failures and operations. Fails, changing
+  /// nothing, when there is no such slot. `now` is in milliseconds since the epoch.
+  Result<void> record(std::uint32_t slot, const method::ConfigSet& instances, std::uint64_t now);
+
+  /// The instance with this identifier: the believed one, else the only reported one. Fails when
+  /// there is none, or when blades of several slots report one and none is believed.
+  Result<Object*> find(const base::String& identifier) const;
+
+  /// Marks the instance as failed.
+  Result<void> noteFailure(const base::String& identifier, std::uint64_t now);
+  /// The instance runs afresh: it is failed no longer. How often and when it failed stays.
+  void clearFailure(Object& instance);
+
+ private:
+  /// By identifier.
+  using Instances = std::map<std::string, Object*, std::less<>>;
+  struct Slot {
+    Instances believed;
+    Instances reported;
+  };
+  struct Report;  // what a report says, by identifier
+
+  void index(const Object& slot);
+  Report take(const method::ConfigSet& instances);
+  void replace(const Object& slot, Instances& held, const Report& report, std::uint64_t now);
+  void forget(const std::string& identifier, const Object& instance);
+  std::size_t compare(const Slot& slot, std::uint64_t now);
+  /// Makes or keeps the fault when there is a `difference`, else takes it away. True when there is.
+  bool judge(const Object& instance, std::string_view kind,
+             const std::optional<std::string>& difference, std::uint64_t now);
+  void logDifferences(std::uint32_t slot, std::size_t faults);
+
+  ObjectStore& store_;
+  Chassis& chassis_;
+  ReportCounters& counters_;
+  std::unordered_map<std::uint32_t, Slot> slots_;
+  std::unordered_map<std::string, Object*> believed_;
+  std::unordered_map<std::string, std::vector<Object*>> reported_;
+  std::unordered_map<std::uint32_t, std::size_t> faults_;  // last logged, by slot
+};
+
+}  // namespace dme

@@ -1,0 +1,50 @@
+#include "dme/Report.h"
+
+#include <gtest/gtest.h>
+
+#include "model/sm/AppInstanceMo.h"
+#include "model/sm/MonitorMo.h"
+
+namespace dme {
+namespace {
+
+TEST(CutText, UpToTheBound_StaysAsItIs) {
+  EXPECT_EQ(cutText("", 3), "");
+  EXPECT_EQ(cutText("abc", 3), "abc");
+  EXPECT_EQ(cutText(std::string(255, 'x')), std::string(255, 'x'));
+}
+
+TEST(CutText, BeyondTheBound_EndsBeforeACharacterThatDoesNotFit) {
+  EXPECT_EQ(cutText("abcd", 3), "abc");
+  EXPECT_EQ(cutText("ab\xc3\xa4x", 3), "ab");
+  EXPECT_EQ(cutText("ab\xc3\xa4x", 4), "ab\xc3\xa4");
+  EXPECT_EQ(cutText("a\xf0\x9f\x98\x80", 4), "a");
+  EXPECT_EQ(cutText("abc", 0), "");
+}
+
+TEST(CutText, NoUtf8_IsCutAtTheBound) {
+  EXPECT_EQ(cutText("\x80\x80\x80\x80\x80\x80\x80", 5), "\x80\x80\x80\x80\x80");
+  EXPECT_EQ(cutText("\xff\xff\xff\xff", 3), "\xff\xff\xff");
+}
+
+TEST(TakeReport, Hotfixes_MayBeLongerThanOtherTexts) {
+  sm::AppInstanceMo reported;
+  reported.set(sm::AppInstanceMo::kHotfixes, std::string(4097, 'h'));
+  reported.set(sm::AppInstanceMo::kInstalledVersion, std::string(256, 'v'));
+  sm::AppInstanceMo taken;
+  ReportCounters counters;
+  ASSERT_TRUE(takeReport(reported.toConfig(), taken, counters));
+  EXPECT_EQ(taken.get(sm::AppInstanceMo::kHotfixes), std::string(4096, 'h'));
+  EXPECT_EQ(taken.get(sm::AppInstanceMo::kInstalledVersion), std::string(255, 'v'));
+  EXPECT_EQ(counters.cutTexts, 2u);
+}
+
+TEST(TakeReport, AnotherClass_IsNotTaken) {
+  ReportCounters counters;
+  sm::MonitorMo taken;
+  EXPECT_FALSE(takeReport(sm::AppInstanceMo().toConfig(), taken, counters));
+  EXPECT_TRUE(taken.values().empty());
+}
+
+}  // namespace
+}  // namespace dme
