@@ -39,6 +39,12 @@ INVALID_COMMAND = {"status": 500, "message": "Invalid Command"}
 NO_FAILED_ID = no_tag("appInstanceId", "appFailure")
 NO_ID = no_tag("appInstanceId", "commandProgressUpdate")
 
+# Whatever a platform report lacks, the rest of it counts.
+ODD_PLATFORM_REPORTS = {
+    "platform-wrong-action": INVALID_COMMAND,
+    "platform-oversized": NO_REPLY,
+}
+
 ODD_FAILURES = {
     "failure-with-action": INVALID_COMMAND,
     "failure-malformed-xml": NO_FAILED_ID,
@@ -162,6 +168,31 @@ class SimulatorTest(unittest.TestCase):
                                        "--for", "50", "--until-judged")
         self.assertEqual((status, result["failures"]), (0, []))
         self.assertEqual(result["totals"]["odd"], len(slots))
+
+    def test_each_odd_platform_report_gets_its_reply(self):
+        names = [name for name in list_faults() if name.startswith("platform-")]
+        self.assertGreater(len(names), 60)
+        self.play({name: ODD_PLATFORM_REPORTS.get(name, OK) for name in names})
+
+    def test_all_odd_reports_are_played(self):
+        names = {*list_faults()} - {*ODD_FAILURES} - {*ODD_PROGRESS}
+        self.assertEqual({name for name in names if not name.startswith("platform-")},
+                         {"malformed-xml", "truncated-xml", "oversized-xml", "wrong-part-count",
+                          "wrong-content-type", "unknown-command", "foreign-subject"})
+
+    def test_platforms_are_reported_and_taken(self):
+        scenario = {"expect": [
+            {"slots": "1-20", "state": "registered",
+             "counts": {"reports": {"min": 3}, "unanswered": 0},
+             "replies": {"reports": {"100": {"min": 3}, "506": 0, "508": 0}}}]}
+        status, result = self.simulate(
+            scenario, "--slots", "1-20", "--report", "0.5", "--apps", "3", "--fail-chance", "0.3",
+            "--work-chance", "0.3", "--for", "8")
+        self.assertEqual((status, result["failures"]), (0, []))
+        totals = result["totals"]
+        for kind in ("failures", "progress", "quiet_progress"):
+            self.assertGreater(totals["requests"][kind]["sent"], 0, kind)
+        self.assertEqual(totals["requests"]["quiet_progress"]["statuses"], {})
 
     def test_each_odd_failure_report_gets_its_reply(self):
         names = [name for name in list_faults() if name.startswith("failure-")]
