@@ -15,6 +15,7 @@
 #include "framework/msglyr/Counters.h"
 #include "framework/noxxml/Limits.h"
 #include "supervisor/ExitCode.h"
+#include "supervisor/admin/AdminInterface.h"
 
 namespace supervisor {
 namespace {
@@ -78,6 +79,7 @@ void Supervisor::run() {
   setUpLog();
   setUpBounds();
   hostEngine();
+  openAdminInterface();
   service_.emplace(config().getServiceLibrary().str());
   startService();
   serveSignals();
@@ -103,6 +105,11 @@ void Supervisor::hostEngine() {
   }
 }
 
+void Supervisor::openAdminInterface() {
+  admin_ = std::make_unique<admin::AdminInterface>(config().getStateDir().str(), ZAN_VERSION,
+                                                   config().getDmeEndpoint().str(), engine_.get());
+}
+
 void Supervisor::lockStateDirectory(const std::string& directory) {
   if (const auto prepared = dme::prepareStateDirectory(directory); !prepared) {
     throw std::runtime_error(prepared.error().text);
@@ -116,11 +123,13 @@ void Supervisor::lockStateDirectory(const std::string& directory) {
 
 void Supervisor::startService() {
   // On a thread of its own, so that a signal ends the process while the engine is still awaited.
-  starting_ = std::async(std::launch::async, [&plugin = service_->plugin()] {
+  starting_ = std::async(std::launch::async, [this] {
+    const proc::ServicePlugin& plugin = service_->plugin();
     plugin.init(0, nullptr);
     plugin.initSvc();
     plugin.main();
     waitUntilListening();
+    admin_->setReady();
     std::cout << "zedd: ready" << std::endl;
   });
 }
@@ -159,6 +168,7 @@ void Supervisor::end() {
     std::this_thread::sleep_for(kEndWithin);
     _exit(kExitOk);
   }).detach();
+  admin_.reset();
   const proc::ServicePlugin& plugin = service_->plugin();
   plugin.preShutdown();
   plugin.shutdown();

@@ -14,6 +14,10 @@ namespace dme {
 class Engine;
 }
 
+namespace supervisor::admin {
+class AdminInterface;
+}
+
 namespace supervisor {
 
 /// One run of the supervisor: hosts the engine, loads the service, drives its life cycle and ends
@@ -31,6 +35,7 @@ class Supervisor {
 
  private:
   void hostEngine();
+  void openAdminInterface();
   void lockStateDirectory(const std::string& directory);
   void startService();
   void serveSignals();
@@ -41,6 +46,7 @@ class Supervisor {
   Signals signals_;                     // before every thread
   std::optional<dme::StateLock> lock_;  // held here only when the engine runs elsewhere
   std::unique_ptr<dme::Engine> engine_;
+  std::unique_ptr<admin::AdminInterface> admin_;
   std::optional<ServiceLibrary> service_;
   std::future<void> starting_;
 };

@@ -1,10 +1,12 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string>
 #include <variant>
 
 #include "framework/base/SvcConfigParams.h"
 #include "supervisor/CommandLine.h"
+#include "supervisor/DumpModel.h"
 #include "supervisor/ExitCode.h"
 #include "supervisor/Supervisor.h"
 
@@ -23,6 +25,10 @@ int main(int argc, char** argv) {
   if (line.checkConfig) {
     std::cout << "zedd: configuration is in order\n";
     return kExitOk;
+  }
+  if (line.dumpModel) {
+    const std::string stateDir = base::SvcConfigParams::getInstance().getStateDir().str();
+    return dumpModel(stateDir, *line.dumpModel, std::cout, std::cerr);
   }
   try {
     Supervisor(line).run();

@@ -30,6 +30,17 @@ TEST(CommandLine, CheckConfig_IsSeen) {
   EXPECT_TRUE(std::get<CommandLine>(parse({"--config", "z.toml", "--check-config"})).checkConfig);
 }
 
+TEST(CommandLine, DumpModel_TakesANameOrNone) {
+  const auto dumpOf = [](std::vector<std::string> words) {
+    return std::get<CommandLine>(parse(std::move(words))).dumpModel;
+  };
+  EXPECT_EQ(dumpOf({"--config", "z.toml"}), std::nullopt);
+  EXPECT_EQ(dumpOf({"--config", "z.toml", "--dump-model"}), "");
+  EXPECT_EQ(dumpOf({"--dump-model", "--config", "z.toml"}), "");
+  EXPECT_EQ(dumpOf({"--config", "z.toml", "--dump-model", "sys/chassis-1"}), "sys/chassis-1");
+  EXPECT_EQ(dumpOf({"--dump-model", "sys", "--config", "z.toml", "--set", "a=1"}), "sys");
+}
+
 TEST(CommandLine, NoConfigOrUnknownFlag_IsWrongUsage) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(std::get<int>(parse({})), 2);

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/beast/core/basic_stream.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <memory>
+#include <optional>
+
+#include "supervisor/admin/HttpServer.h"
+
+namespace supervisor::admin {
+
+/// One client's connection: reads a request, has it answered, writes the response, and again.
+/// Lives as long as something is under way on it. Used on the server's thread only.
+class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
+ public:
+  using Socket = boost::asio::local::stream_protocol::socket;
+
+  /// `limits` and `answer` outlive this. `place` is the connection's share of the bound on
+  /// connections and is given back by its end.
+  HttpConnection(Socket socket, const HttpLimits& limits, const HttpServer::Answer& answer,
+                 std::shared_ptr<void> place);
+
+  void start() { read(); }
+
+ private:
+  using ErrorCode = boost::beast::error_code;
+  using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
+  using HttpResponse = boost::beast::http::response<boost::beast::http::string_body>;
+
+  void read();
+  void onRead(ErrorCode error);
+  void serve();
+  void refuse(ErrorCode error);
+  void write(Response response, bool isHead, bool keepAlive);
+  void onWritten(ErrorCode error);
+  void linger();
+
+  const HttpLimits& limits_;
+  const HttpServer::Answer& answer_;
+  const std::shared_ptr<void> place_;
+  boost::beast::basic_stream<boost::asio::local::stream_protocol> stream_;
+  boost::beast::flat_buffer buffer_;
+  std::optional<Parser> parser_;  // of the request under way
+  HttpResponse response_;         // while it is written
+  std::size_t drained_ = 0;       // bytes
+};
+
+}  // namespace supervisor::admin
