@@ -11,4 +11,11 @@ struct Acknowledged {
   char token[32];
 };
 
+/// What ReportChild writes for each report that was answered.
+struct AcknowledgedReport {
+  std::uint32_t slot;
+  std::uint32_t number;
+  std::uint32_t isPlatform;  ///< else of application instances
+};
+
 }  // namespace dme_test
