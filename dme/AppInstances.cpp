@@ -203,8 +203,7 @@ void AppInstances::logDifferences(std::uint32_t slot, std::size_t faults) {
   std::size_t& last = faults_[slot];
   if (std::exchange(last, faults) != faults) {
     core_log::logPrintf("record", core_log::serviceLevel(), 5,
-                        "slot %u: %zu differences between what is expected and what is reported",
-                        slot, faults);
+                        "application instances of slot %u: %zu faults", slot, faults);
   }
 }
 

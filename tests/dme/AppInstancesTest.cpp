@@ -4,6 +4,7 @@
 
 #include "model/sd/FaultMo.h"
 #include "tests/dme/ReportFixture.h"
+#include "tests/support/LogCapture.h"
 
 namespace dme {
 namespace {
@@ -65,6 +66,17 @@ TEST_F(AppInstancesTest, EachDifference_IsAFaultBelowItsInstance) {
   EXPECT_EQ(line(std::string(kSlotThree) + "/app-a2/fault-missing"),
             ": fault kind='missing' detail='expected, not reported' since=1700000000000 "
             "observedAt=1700000000000 count=1");
+}
+
+TEST_F(AppInstancesTest, NumberOfFaults_IsLoggedWhenItChanges) {
+  const test_support::LogCapture log;
+  for (std::uint64_t i = 0; i < 3; ++i) {
+    ASSERT_TRUE(record({instance("a1", 3, "0.9"), instance("b1")}, kNow + i));
+  }
+  ASSERT_TRUE(record({instance("a1"), instance("a2")}));
+  ASSERT_TRUE(record({instance("a1"), instance("a2")}));
+  EXPECT_EQ(log.count(5, "application instances of slot 3: 4 faults"), 1u);
+  EXPECT_EQ(log.count(5, "application instances of slot 3: 0 faults"), 1u);
 }
 
 TEST_F(AppInstancesTest, StateWordThatTheGatewayDidNotKnow_IsAnotherState) {

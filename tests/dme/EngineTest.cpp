@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -9,6 +10,8 @@
 #include "framework/proc/DmeLink.h"
 #include "model/agboot/Methods.h"
 #include "model/serviceorchapi/Methods.h"
+#include "model/sm/DiskFileSystemMo.h"
+#include "model/sm/MonitorMo.h"
 #include "tests/dme/ServiceStandIn.h"
 #include "tests/dme/TempDirectory.h"
 #include "tests/support/LogCapture.h"
@@ -18,7 +21,9 @@ namespace dme {
 namespace {
 
 using dme_test::ServiceStandIn;
+using serviceorchapi::UpdatePlatformInfoMe;
 using serviceorchapi::UpdateSmaHeartbeatMe;
+using serviceorchapi::ValidateAppInstancesMe;
 using serviceorchapi::ValidateBladeStateMe;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -285,6 +290,83 @@ TEST_F(EngineTest, QueriesWhileItWorks_AreConsistent) {
   observer.join();
   EXPECT_EQ(engine->slot(1)->beats, 2000u);
   EXPECT_EQ(engine->slot(1)->duplicates + engine->slot(1)->missed, 0u);
+}
+
+method::Config monitorReport(const base::String& version) {
+  sm::MonitorMo monitor;
+  monitor.set(sm::MonitorMo::kOsVersion, version);
+  return monitor.toConfig();
+}
+
+TEST_F(EngineTest, Reports_AreSeenInTheModelWithoutTokensAndSurvive) {
+  dme_test::writeBytes(directory_.file("chassis.toml"),
+                       "[[slot]]\nnumber = 3\napps = [{id = \"a1\", state = \"stopped\"}]\n");
+  EngineConfig described = config();
+  described.chassisFile = directory_.file("chassis.toml");
+  described.wallClock = [] {
+    return std::uint64_t{1700000000000};
+  };
+  std::vector<ObjectView> seen;
+  {
+    const auto engine = started(described);
+    Client client(engine->endPoint());
+    const base::String token = client.admit(3);
+    EXPECT_FALSE(client.call<UpdatePlatformInfoMe>({3, monitorReport("1.2"), {}}).failure);
+    EXPECT_FALSE(client.call<ValidateAppInstancesMe>({3, {}}).failure);
+    EXPECT_TRUE(client.call<ValidateAppInstancesMe>({4, {}}).failure);
+    seen = engine->model(mo::Dn("sys/chassis-1/slot-3"));
+    EXPECT_EQ(engine->status().methods.reports.refused, 1u);
+    for (const ObjectView& view : seen) {
+      for (const auto& [name, value] : view.values) {
+        EXPECT_NE(value, method::Value(token)) << name;
+      }
+    }
+  }
+  ASSERT_EQ(seen.size(), 4u);
+  EXPECT_EQ(seen[0].className, "slot");
+  EXPECT_EQ(seen[1].dn, "sys/chassis-1/slot-3/app-a1");
+  EXPECT_EQ(seen[2].dn, "sys/chassis-1/slot-3/app-a1/fault-missing");
+  EXPECT_EQ(seen[3], (ObjectView{"sys/chassis-1/slot-3/monitor",
+                                 "monitor",
+                                 {{"osVersion", base::String("1.2")},
+                                  {"observedAt", method::Value(std::uint64_t{1700000000000})}}}));
+  const auto restarted = started(config());
+  const auto after = restarted->model(mo::Dn("sys/chassis-1/slot-3"));
+  EXPECT_TRUE(std::equal(seen.begin() + 1, seen.end(), after.begin() + 1, after.end()));
+}
+
+TEST_F(EngineTest, ModelReadWhileReportsArrive_ShowsWholeReports) {
+  const auto engine = started(config());
+  Client client(engine->endPoint());
+  client.admit(1);
+  client.call<UpdatePlatformInfoMe>({1, monitorReport("0"), {}});
+  std::atomic<bool> isOver{false};
+  std::thread observer([&] {
+    while (!isOver) {
+      const auto views = engine->model(mo::Dn("sys/chassis-1/slot-1/monitor"));
+      ASSERT_FALSE(views.empty());
+      const method::Value version = views[0].values[0].second;
+      EXPECT_EQ(views.size() - 1, std::stoul(std::get<base::String>(version).str()) % 5);
+      for (std::size_t i = 1; i < views.size(); ++i) {
+        EXPECT_EQ(views[i].values[0].second, version);
+      }
+    }
+  });
+  for (unsigned i = 1; i <= 500; ++i) {
+    sm::DiskFileSystemMo disk;
+    disk.set(sm::DiskFileSystemMo::kDiskName, std::to_string(i));
+    method::ConfigSet disks;
+    for (unsigned j = 0; j < i % 5; ++j) {
+      disks.append(disk.toConfig());
+    }
+    client.send(ServiceStandIn::encode<UpdatePlatformInfoMe>(
+        {1, monitorReport(std::to_string(i)), disks}, "c", false));
+  }
+  client.settle();
+  isOver = true;
+  observer.join();
+  EXPECT_EQ(engine->model(mo::Dn("sys/chassis-1/slot-1/monitor"))[0].values[0].second,
+            method::Value(base::String("500")));
 }
 
 TEST_F(EngineTest, Configuration_ComesFromTheSupervisors) {
