@@ -66,23 +66,13 @@ std::vector<AgElement*> AgElement::findChildren(const base::String& name) const 
 
 std::vector<AgElement*> AgElement::xmlFindAllElementsCb(const base::String& name) const {
   std::vector<AgElement*> found;
+  const std::string_view wanted = name.view();
   for (AgElement* each = firstChild_; each != nullptr; each = each->nextWithin(this)) {
-    if (each->name_ == name.view()) {
+    if (each->name_ == wanted) {
       found.push_back(each);
     }
   }
   return found;
-}
-
-AgElement* AgElement::nextWithin(const AgElement* top) const noexcept {
-  if (firstChild_ != nullptr) {
-    return firstChild_;
-  }
-  const AgElement* at = this;
-  while (at != top && at->nextSibling_ == nullptr) {
-    at = at->parent_;
-  }
-  return at == top ? nullptr : at->nextSibling_;
 }
 
 }  // namespace noxxml

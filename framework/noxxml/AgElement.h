@@ -23,6 +23,8 @@ class AgElement {
   // The element's own character data with references decoded, without that of its children.
   // Pieces that children or comments separate are joined; blanks between children are left out.
   base::String text() const;
+  // The same without a copy, valid as long as the element.
+  std::string_view textView() const { return text_; }
   // Empty when there is no such attribute.
   base::String attribute(const base::String& name) const;
 
@@ -54,7 +56,16 @@ class AgElement {
 
   Attribute* findAttribute(std::string_view name) const noexcept;
   // The element after this one in document order within the tree under `top`, or null.
-  AgElement* nextWithin(const AgElement* top) const noexcept;
+  AgElement* nextWithin(const AgElement* top) const noexcept {
+    if (firstChild_ != nullptr) {
+      return firstChild_;
+    }
+    const AgElement* at = this;
+    while (at != top && at->nextSibling_ == nullptr) {
+      at = at->parent_;
+    }
+    return at == top ? nullptr : at->nextSibling_;
+  }
 
   // Everything below lies in the factory's memory and needs no destruction.
   std::string_view name_;

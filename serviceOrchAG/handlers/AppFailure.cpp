@@ -24,19 +24,20 @@ Response* MsgHandler::AG_appFailureReqCb(const std::string& messageId,
                                          int slot) {
   auto response = std::make_unique<Response>();
   const RequestTree tree(document, words().appFailureName);
-  const std::optional<base::String> appInstance = tree.tags().value(names().appInstanceId);
-  if (!appInstance) {
+  const std::optional<std::string_view> sent = tree.tags().value(names().appInstanceId);
+  if (!sent) {
     missingTagResponse(names().appInstanceId.str(), words().appFailureName, response.get());
     return response.release();
   }
+  const base::String appInstance(*sent);
   logPrintf("AG_appFailureReqCb", serviceLevel(), 5,
-            "Received appFailure request for appInstance slot[%d]: %s", slot, appInstance->c_str());
+            "Received appFailure request for appInstance slot[%d]: %s", slot, appInstance.c_str());
   base::Buffer cookie;
   proc::Svc::generateCookie(cookie);
   logPrintf("AG_appFailureReqCb", serviceLevel(), 1,
             "Triggering NotifyAppFailure method for slot : %d, Message ID : %s", slot,
             messageId.c_str());
-  Svc::invokeZanDmeServiceorchapiNotifyAppFailure(cookie, *appInstance, false,
+  Svc::invokeZanDmeServiceorchapiNotifyAppFailure(cookie, appInstance, false,
                                                   proc::Stimulus::Priority::kDefault);
   fillResponse(*response, words().appFailureName, status::kSuccess, "OK");
   return response.release();

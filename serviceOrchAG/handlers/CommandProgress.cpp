@@ -116,12 +116,12 @@ class ReportReader {
 
  private:
   bool readPresent(const base::String& tag, base::String& target) {
-    std::optional<base::String> value = tags_.value(tag);
+    const std::optional<std::string_view> value = tags_.value(tag);
     if (!value) {
       MsgHandler::missingTagResponse(tag.str(), words().commandProgressUpdateName, &response_);
       return false;
     }
-    target = *std::move(value);
+    target = *value;
     return true;
   }
 
@@ -168,11 +168,11 @@ class ReportReader {
 
 /// People read this text, so it stays as the blade sent it, blanks included.
 base::String readErrorDesc(const RequestTags& tags) {
-  std::optional<base::String> sent = tags.valueAsSent(names().errorDesc);
+  const std::optional<std::string_view> sent = tags.valueAsSent(names().errorDesc);
   if (!sent) {
     MsgHandler::missingTagError(names().errorDesc.str(), words().commandProgressUpdateName);
   }
-  return std::move(sent).value_or(base::String());
+  return sent.value_or(std::string_view());
 }
 
 /// The engine's number of the state of a platform image's upload.

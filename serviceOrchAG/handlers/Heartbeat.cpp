@@ -26,16 +26,17 @@ using core_log::serviceLevel;
 /// 0, after a line in the log, when the tag is missing or holds no number.
 std::uint32_t readNumber(const RequestTags& tags, const base::String& tag, int slot) {
   std::uint32_t number = 0;
-  const std::optional<base::String> value = tags.expectedValue(tag);
-  if (!value) {
+  const std::optional<std::string_view> sent = tags.expectedValue(tag);
+  if (!sent) {
     return number;
   }
+  const base::String value(*sent);
   try {
-    core_utils::stringToUint(*value, number);
+    core_utils::stringToUint(value, number);
   } catch (const std::exception& error) {
     logPrintf("AG_heartbeatReqCb", serviceLevel(), 8,
               "Heartbeat exception caught for slot[%d]: %s[%s] : %s", slot, tag.c_str(),
-              value->c_str(), error.what());
+              value.c_str(), error.what());
   }
   return number;
 }

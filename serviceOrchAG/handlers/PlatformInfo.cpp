@@ -6,6 +6,8 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/base/Buffer.h"
@@ -83,9 +85,9 @@ const AgElement* onlyInner(const Elements& found, const base::String& name,
 // ----- Values -----------------------------------------------------------------------------------
 
 void setText(mo::Mo& object, const mo::Property<base::String>& property,
-             std::optional<base::String> value) {
+             std::optional<std::string_view> value) {
   if (value) {
-    object.set(property, *std::move(value));
+    object.set(property, *value);
   }
 }
 
@@ -95,15 +97,15 @@ class GroupNumbers {
   GroupNumbers(const RequestTags& tags, const base::String& group) : tags_(tags), group_(group) {}
 
   void setLoad(mo::Mo& object, const mo::Property<float>& property, const base::String& tag) const {
-    if (const std::optional<base::String> value = find(tag)) {
-      object.set(property, static_cast<float>(std::strtod(value->c_str(), nullptr)));
+    if (const std::optional<std::string_view> value = find(tag)) {
+      object.set(property, static_cast<float>(std::strtod(std::string(*value).c_str(), nullptr)));
     }
   }
 
   /// For sizes that are there: what is less than a megabyte does not count.
   void setMegabytesDown(mo::Mo& object, const mo::Property<std::uint32_t>& property,
                         const base::String& tag) const {
-    if (const std::optional<base::String> kilobytes = find(tag)) {
+    if (const std::optional<std::string_view> kilobytes = find(tag)) {
       object.set(property, static_cast<std::uint32_t>(std::floor(toMegabytes(*kilobytes))));
     }
   }
@@ -111,14 +113,14 @@ class GroupNumbers {
   /// For sizes that are taken: a megabyte that has been begun counts.
   void setMegabytesUp(mo::Mo& object, const mo::Property<std::uint32_t>& property,
                       const base::String& tag) const {
-    if (const std::optional<base::String> kilobytes = find(tag)) {
+    if (const std::optional<std::string_view> kilobytes = find(tag)) {
       object.set(property, static_cast<std::uint32_t>(std::ceil(toMegabytes(*kilobytes))));
     }
   }
 
  private:
-  std::optional<base::String> find(const base::String& tag) const {
-    std::optional<base::String> value = tags_.value(tag);
+  std::optional<std::string_view> find(const base::String& tag) const {
+    const std::optional<std::string_view> value = tags_.value(tag);
     if (!value) {
       logPrintf(kFunction, serviceLevel(), 6, "No <%s> tag found for %s in %s.", tag.c_str(),
                 group_.c_str(), commandName().c_str());
@@ -127,7 +129,7 @@ class GroupNumbers {
   }
 
   /// What is no number of kilobytes counts as 0.
-  static double toMegabytes(const base::String& kilobytes) {
+  static double toMegabytes(std::string_view kilobytes) {
     std::uint32_t number = 0;
     try {
       core_utils::stringToUint(kilobytes, number);
@@ -244,31 +246,33 @@ void setState(AppInstanceMo& appInstance, std::int32_t state) {
 
 /// Both states go to one property, the operational one last: when it is there, it counts.
 void readStates(const RequestTags& tags, const base::String& id, AppInstanceMo& appInstance) {
-  if (const std::optional<base::String> word = tags.value(names().adminStatus)) {
-    const std::int32_t state = getAdminState(*word);
+  if (const std::optional<std::string_view> sent = tags.value(names().adminStatus)) {
+    const base::String word(*sent);
+    const std::int32_t state = getAdminState(word);
     setState(appInstance, state);
     if (state == -1) {
       logPrintf(kFunction, serviceLevel(), 8,
                 "AdminStatus value[%s] incorrect for appInstance %s in platformInfo message",
-                word->c_str(), id.c_str());
+                word.c_str(), id.c_str());
     }
   }
-  if (const std::optional<base::String> word = tags.expectedValue(names().operStatus)) {
-    const std::int32_t state = getOperState(*word);
+  if (const std::optional<std::string_view> sent = tags.expectedValue(names().operStatus)) {
+    const base::String word(*sent);
+    const std::int32_t state = getOperState(word);
     setState(appInstance, state);
     if (state == -1) {
       logPrintf(kFunction, serviceLevel(), 8,
                 "operStatus value[%s] incorrect for appInstance %s in platformInfo message",
-                word->c_str(), id.c_str());
+                word.c_str(), id.c_str());
     }
   }
 }
 
 method::Config readAppInstance(const RequestTags& tags) {
   const auto appInstance = mo::Pool::obtain<AppInstanceMo>();
-  const std::optional<base::String> id = tags.expectedValue(names().appInstanceId);
+  const std::optional<std::string_view> id = tags.expectedValue(names().appInstanceId);
   setText(*appInstance, AppInstanceMo::kAppInstanceId, id);
-  readStates(tags, id.value_or(base::String()), *appInstance);
+  readStates(tags, id.value_or(std::string_view()), *appInstance);
   if (const auto value = tags.value(names().externalSoftwareManagement)) {
     appInstance->set(AppInstanceMo::kExternalSoftwareManagement, *value == "true");
   }

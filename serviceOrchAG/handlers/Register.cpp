@@ -108,11 +108,11 @@ const base::String* readRequired(const RequestTags& tags, Registration& blade) {
       {&names().port, &blade.port},
   };
   for (const auto& [tag, target] : required) {
-    std::optional<base::String> value = tags.value(*tag);
+    const std::optional<std::string_view> value = tags.value(*tag);
     if (!value) {
       return tag;
     }
-    *target = *std::move(value);
+    *target = *value;
   }
   return nullptr;
 }

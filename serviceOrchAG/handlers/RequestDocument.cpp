@@ -10,27 +10,27 @@ bool RequestTags::has(const base::String& tag) const {
   return element_ != nullptr && element_->findLastChild(tag) != nullptr;
 }
 
-std::optional<base::String> RequestTags::valueAsSent(const base::String& tag) const {
+std::optional<std::string_view> RequestTags::valueAsSent(const base::String& tag) const {
   const noxxml::AgElement* const found =
       element_ == nullptr ? nullptr : element_->findLastChild(tag);
-  return found == nullptr ? std::nullopt : std::optional(found->text());
+  return found == nullptr ? std::nullopt : std::optional(found->textView());
 }
 
-std::optional<base::String> RequestTags::value(const base::String& tag) const {
-  std::optional<base::String> sent = valueAsSent(tag);
-  return sent ? std::optional(trim(*std::move(sent))) : std::nullopt;
+std::optional<std::string_view> RequestTags::value(const base::String& tag) const {
+  const std::optional<std::string_view> sent = valueAsSent(tag);
+  return sent ? std::optional(trimmed(*sent)) : std::nullopt;
 }
 
-std::optional<base::String> RequestTags::expectedValue(const base::String& tag) const {
-  std::optional<base::String> trimmed = value(tag);
-  if (!trimmed) {
+std::optional<std::string_view> RequestTags::expectedValue(const base::String& tag) const {
+  const std::optional<std::string_view> found = value(tag);
+  if (!found) {
     MsgHandler::missingTagError(tag.str(), command_);
   }
-  return trimmed;
+  return found;
 }
 
-base::String RequestTags::valueOrEmpty(const base::String& tag) const {
-  return expectedValue(tag).value_or(base::String());
+std::string_view RequestTags::valueOrEmpty(const base::String& tag) const {
+  return expectedValue(tag).value_or(std::string_view());
 }
 
 RequestTree::RequestTree(const std::string& document, const std::string& command)

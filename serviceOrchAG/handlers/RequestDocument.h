@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/base/String.h"
@@ -10,8 +11,8 @@
 
 namespace zan_serviceOrchAG {
 
-/// The tags directly below one element of a request, with their values. Of several with one name
-/// the last one counts.
+/// The tags directly below one element of a request, with their values, which stand in the document
+/// and are valid as long as that. Of several tags with one name the last one counts.
 class RequestTags {
  public:
   /// Without an element every tag is missing. `command` is the request's command name and stands in
@@ -22,16 +23,16 @@ class RequestTags {
   bool has(const base::String& tag) const;
 
   /// The value as sent, or nothing when the tag is missing.
-  std::optional<base::String> valueAsSent(const base::String& tag) const;
+  std::optional<std::string_view> valueAsSent(const base::String& tag) const;
 
   /// The trimmed value, or nothing when the tag is missing.
-  std::optional<base::String> value(const base::String& tag) const;
+  std::optional<std::string_view> value(const base::String& tag) const;
 
   /// The trimmed value, or nothing, after a line in the log, when the tag is missing.
-  std::optional<base::String> expectedValue(const base::String& tag) const;
+  std::optional<std::string_view> expectedValue(const base::String& tag) const;
 
   /// The trimmed value; a missing tag is logged and counts as empty.
-  base::String valueOrEmpty(const base::String& tag) const;
+  std::string_view valueOrEmpty(const base::String& tag) const;
 
  private:
   const noxxml::AgElement* element_;

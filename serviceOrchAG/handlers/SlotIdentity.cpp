@@ -2,7 +2,7 @@
 
 #include <fstream>
 #include <stdexcept>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "framework/base/Regexp.h"
@@ -22,6 +22,10 @@ using core_log::serviceLevel;
 constexpr std::int32_t kActive = 7;
 constexpr std::int32_t kInactive = 3;
 constexpr std::int32_t kUnknownState = -1;
+
+bool isWhiteSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 }  // namespace
 
@@ -47,18 +51,19 @@ std::int32_t getIdentitySlotId(const std::string& identity) {
   return slot;
 }
 
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isWhiteSpace(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && isWhiteSpace(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
 base::String trim(base::String text) {
-  constexpr std::string_view kWhiteSpace = " \t\n\r\f\v";
-  const std::string_view whole = text.view();
-  const std::size_t first = whole.find_first_not_of(kWhiteSpace);
-  if (first == std::string_view::npos) {
-    return base::String();
-  }
-  const std::size_t last = whole.find_last_not_of(kWhiteSpace);
-  if (first == 0 && last + 1 == whole.size()) {
-    return text;
-  }
-  return base::String(whole.substr(first, last - first + 1));
+  const std::string_view rest = trimmed(text.view());
+  return rest.size() == text.size() ? std::move(text) : base::String(rest);
 }
 
 std::int32_t getAdminState(const base::String& word) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "framework/base/String.h"
 
@@ -16,6 +17,8 @@ std::int32_t getIdentitySlotId(const std::string& identity);
 /// The text without blanks, tabs, line feeds, carriage returns, form feeds and vertical tabs at
 /// both ends.
 base::String trim(base::String text);
+/// The same without a copy: a part of `text`.
+std::string_view trimmed(std::string_view text);
 
 /// The engine's value for a state word of an application instance, 7 for the active state and 3 for
 /// the inactive one; -1 for any other word.

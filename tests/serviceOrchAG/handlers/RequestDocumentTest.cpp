@@ -22,10 +22,10 @@ TEST(RequestTags, Values_AreTrimmed) {
   const RequestTree tree("<registerRequest><ip>\t 10.0.0.3 \n</ip></registerRequest>", kCommand);
   const RequestTags tags = tree.tags();
   EXPECT_TRUE(tags.has("ip"));
-  EXPECT_EQ(base::String("\t 10.0.0.3 \n"), tags.valueAsSent("ip"));
-  EXPECT_EQ(base::String("10.0.0.3"), tags.value("ip"));
-  EXPECT_EQ(base::String("10.0.0.3"), tags.expectedValue("ip"));
-  EXPECT_EQ(base::String("10.0.0.3"), tags.valueOrEmpty("ip"));
+  EXPECT_EQ("\t 10.0.0.3 \n", tags.valueAsSent("ip"));
+  EXPECT_EQ("10.0.0.3", tags.value("ip"));
+  EXPECT_EQ("10.0.0.3", tags.expectedValue("ip"));
+  EXPECT_EQ("10.0.0.3", tags.valueOrEmpty("ip"));
 }
 
 TEST(RequestTags, EmptyElement_IsNotMissing) {
@@ -33,10 +33,10 @@ TEST(RequestTags, EmptyElement_IsNotMissing) {
   const RequestTree tree("<registerRequest><ip/></registerRequest>", kCommand);
   const RequestTags tags = tree.tags();
   EXPECT_TRUE(tags.has("ip"));
-  EXPECT_EQ(base::String(""), tags.valueAsSent("ip"));
-  EXPECT_EQ(base::String(""), tags.value("ip"));
-  EXPECT_EQ(base::String(""), tags.expectedValue("ip"));
-  EXPECT_EQ(base::String(""), tags.valueOrEmpty("ip"));
+  EXPECT_EQ("", tags.valueAsSent("ip"));
+  EXPECT_EQ("", tags.value("ip"));
+  EXPECT_EQ("", tags.expectedValue("ip"));
+  EXPECT_EQ("", tags.valueOrEmpty("ip"));
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
@@ -51,7 +51,7 @@ TEST(RequestTags, MissingTag_IsLoggedWhenItIsExpected) {
   const LogLine line{5, "missingTagError", "No <ip> tag found in the register request"};
   EXPECT_EQ(std::nullopt, tags.expectedValue("ip"));
   EXPECT_THAT(log.lines(), ElementsAre(line));
-  EXPECT_EQ(base::String(""), tags.valueOrEmpty("ip"));
+  EXPECT_EQ("", tags.valueOrEmpty("ip"));
   EXPECT_THAT(log.lines(), ElementsAre(line, line));
 }
 
@@ -60,14 +60,14 @@ TEST(RequestTags, SeveralOfOneName_TheLastCounts) {
       "<registerRequest><ip>1</ip><port>9</port><ip>2</ip><deep><ip>3</ip></deep>"
       "</registerRequest>",
       kCommand);
-  EXPECT_EQ(base::String("2"), tree.tags().value("ip"));
+  EXPECT_EQ("2", tree.tags().value("ip"));
 }
 
 TEST(RequestTags, ValueAmongChildren_IsTheOwnText) {
   const RequestTree tree(
       "<registerRequest ip='0'><ip a='b'>1<x>2</x><![CDATA[<3>]]>&amp;</ip></registerRequest>",
       kCommand);
-  EXPECT_EQ(base::String("1<3>&"), tree.tags().value("ip"));
+  EXPECT_EQ("1<3>&", tree.tags().value("ip"));
   EXPECT_EQ(std::nullopt, tree.tags().value("x"));
 }
 
@@ -81,9 +81,9 @@ TEST(RequestTags, NoSuchDocument_HasNoTags) {
 TEST(RequestTree, Tags_AreThoseBelowTheRoot) {
   const RequestTree tree(
       "<registerRequest><ip>1</ip><group><port>2</port></group></registerRequest>", kCommand);
-  EXPECT_EQ(base::String("1"), tree.tags().value("ip"));
+  EXPECT_EQ("1", tree.tags().value("ip"));
   EXPECT_EQ(std::nullopt, tree.tags().value("port"));
-  EXPECT_EQ(base::String(""), tree.tags().value("group"));
+  EXPECT_EQ("", tree.tags().value("group"));
 }
 
 TEST(RequestTree, FindAll_ReachesEveryDepthInOrder) {
@@ -91,8 +91,8 @@ TEST(RequestTree, FindAll_ReachesEveryDepthInOrder) {
       "<registerRequest><g><v>1</v></g><deep><g><v>2</v></g></deep></registerRequest>", kCommand);
   const auto groups = tree.findAll("g");
   ASSERT_EQ(2U, groups.size());
-  EXPECT_EQ(base::String("1"), tree.tagsOf(*groups[0]).value("v"));
-  EXPECT_EQ(base::String("2"), tree.tagsOf(*groups[1]).value("v"));
+  EXPECT_EQ("1", tree.tagsOf(*groups[0]).value("v"));
+  EXPECT_EQ("2", tree.tagsOf(*groups[1]).value("v"));
 }
 
 TEST(RequestTree, NoDocument_HasNothing) {
