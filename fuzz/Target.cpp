@@ -7,10 +7,17 @@ namespace fuzz {
 
 std::span<const Target> targets() {
   static constexpr std::array kTargets{
-      Target{"appFailure", &runAppFailure}, Target{"commandProgress", &runCommandProgress},
-      Target{"config", &runConfig},         Target{"heartbeat", &runHeartbeat},
-      Target{"register", &runRegister},     Target{"request", &runRequest},
-      Target{"stimulus", &runStimulus},     Target{"xml", &runXml},
+      Target{"answer", &runAnswer},
+      Target{"appFailure", &runAppFailure},
+      Target{"commandProgress", &runCommandProgress},
+      Target{"config", &runConfig},
+      Target{"heartbeat", &runHeartbeat},
+      Target{"inbound", &runInbound},
+      Target{"platformInfo", &runPlatformInfo},
+      Target{"register", &runRegister},
+      Target{"request", &runRequest},
+      Target{"stimulus", &runStimulus},
+      Target{"xml", &runXml},
   };
   return kTargets;
 }

@@ -19,13 +19,16 @@ std::span<const Target> targets();
 const Target* findTarget(std::string_view name);
 
 // The targets, a file each in fuzz/targets.
+void runAnswer(Input input);
 void runAppFailure(Input input);
 void runCommandProgress(Input input);
+void runConfig(Input input);
 void runHeartbeat(Input input);
+void runInbound(Input input);
+void runPlatformInfo(Input input);
 void runRegister(Input input);
 void runRequest(Input input);
 void runStimulus(Input input);
-void runConfig(Input input);
 void runXml(Input input);
 
 }  // namespace fuzz

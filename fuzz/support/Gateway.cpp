@@ -1,15 +1,19 @@
 #include "fuzz/support/Gateway.h"
 
+#include <optional>
+
 #include "framework/base/SvcConfigParams.h"
 #include "fuzz/support/Check.h"
 #include "fuzz/support/InstantClock.h"
 #include "fuzz/support/QuietChannel.h"
 #include "fuzz/support/Refusal.h"
+#include "serviceOrchAG/svc/Registration.h"
 
 namespace fuzz {
 namespace {
 
 void setUpProcess() {
+  zan_serviceOrchAG::registerCallbacks();
   const std::string settings[] = {"supervisor.state_dir=/tmp", "supervisor.host_key=/dev/null"};
   const auto outcome = base::SvcConfigParams::getInstance().loadText("", "fuzz", settings);
   check(outcome.has_value(), "the configuration is good", outcome ? "" : outcome.error());
@@ -21,6 +25,7 @@ void setUpProcess() {
 Gateway::Gateway(Manner manner) : engine_(manner) {
   [[maybe_unused]] static const bool isSetUp = (setUpProcess(), true);
   QuietChannel::instance().refuseAddresses(manner == Manner::kRefusesAddress);
+  QuietChannel::instance().answerClients(std::nullopt);
   handler_.registerCommands();
 }
 
@@ -38,6 +43,13 @@ std::unique_ptr<Response> Gateway::handle(MsgHandler::Handler handler, const std
     hasDropped_ = true;
     return nullptr;
   }
+}
+
+void Gateway::receive(Input stimulus) {
+  const bool isCarriedOut = engine_.handle(stimulus.data(), stimulus.size());
+  const proc::Svc::Refused refused = engine_.refused();
+  check(refused.undecodable + refused.unhandled + refused.overflow <= (isCarriedOut ? 0U : 1U),
+        "what arrives is carried out or refused once");
 }
 
 }  // namespace fuzz

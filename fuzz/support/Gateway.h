@@ -33,6 +33,10 @@ class Gateway {
   std::unique_ptr<Response> handle(MsgHandler::Handler handler, const std::string& document,
                                    const std::string& action = "");
 
+  /// The bytes of a stimulus arrive from the engine. Fails unless they are either carried out or
+  /// counted as refused.
+  void receive(Input stimulus);
+
   const EngineStandIn& engine() const { return engine_; }
   /// True when the last request was dropped because something was refused.
   bool hasDropped() const { return hasDropped_; }

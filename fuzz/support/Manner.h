@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace fuzz {
 
@@ -32,6 +33,9 @@ inline Manner takeManner(Input& input) {
   input = input.subspan(1);
   return static_cast<Manner>(place % kManners);
 }
+
+/// The parts of a message in an input, each ended by the unit separator or the end of the input.
+std::vector<std::string> partsOf(Input input);
 
 inline std::string textOf(Input input) {
   return {reinterpret_cast<const char*>(input.data()), input.size()};

@@ -12,13 +12,16 @@ namespace fuzz {
 
 /// Stands in for the message layer: a program that links this in the place of framework_msglyr
 /// makes no connection, whatever address a request names. The one worker that calls receive gets
-/// its requests here. One of it in the process; it keeps nothing of the past.
+/// its requests here, and clients the answers of their blades. One of it in the process; it keeps
+/// nothing of the past.
 class QuietChannel {
  public:
   static QuietChannel& instance();
 
   /// From now on, whether a client's end point is refused by an exception.
   void refuseAddresses(bool refuse);
+  /// From now on, what a client receives; nothing for a blade that does not answer.
+  void answerClients(std::optional<msglyr::Message> answer);
   /// Clients alive now.
   std::size_t clients() const;
 
@@ -32,6 +35,7 @@ class QuietChannel {
   void clientGone();
   void throwIfRefused() const;
   void reply(const msglyr::Message& message);
+  std::optional<msglyr::Message> answer() const;
   /// Blocks the worker until there is a request.
   msglyr::Message nextRequest();
 
@@ -44,6 +48,7 @@ class QuietChannel {
   bool refusesAddresses_ = false;
   std::size_t clients_ = 0;
   bool isWorkerIdle_ = false;
+  std::optional<msglyr::Message> answer_;
   std::optional<msglyr::Message> request_;
   std::vector<msglyr::Message> replies_;
 };

@@ -10,6 +10,7 @@
 #include "framework/proc/Answer.h"
 #include "fuzz/support/Check.h"
 #include "model/AllMethods.h"
+#include "model/Snapshot.h"
 
 namespace fuzz {
 namespace {
@@ -80,6 +81,31 @@ void checkDecodable(Input bytes, std::string_view what) {
   }
 }
 
+base::OBioStream encodeObject(const mo::Mo& object) {
+  constexpr unsigned kAllLevels = 8;
+  base::OBioStream encoded;
+  object.toConfig(mo::kAllGroups, nullptr, kAllLevels).serialize(encoded);
+  return encoded;
+}
+
+/// The object that a configuration describes may lack what its class does not have; what it has is
+/// there to stay.
+void checkObjectOf(Input bytes) {
+  base::IBioStream stream(bytes.data(), bytes.size());
+  method::Config config;
+  if (!config.deserialize(stream)) {
+    return;
+  }
+  const std::unique_ptr<mo::Mo> object = model::objectOf(config);
+  check(object->classId() == config.classId() && object->changeFlags().empty(),
+        "an object is what its configuration says", config.dn().text().str());
+  const base::OBioStream encoded = encodeObject(*object);
+  base::IBioStream again(encoded.data(), encoded.size());
+  check(config.deserialize(again) && again.remaining() == 0, "an object's encoding decodes",
+        config.dn().text().str());
+  checkSame(encodeObject(*model::objectOf(config)), {encoded.data(), encoded.size()}, "object");
+}
+
 }  // namespace
 
 void checkCall(const unsigned char* bytes, std::size_t size) {
@@ -100,6 +126,7 @@ void checkStimulus(Input bytes) {
 void checkConfigs(Input bytes) {
   checkDecodable<method::Config>(bytes, "configuration");
   checkDecodable<method::ConfigSet>(bytes, "set of configurations");
+  checkObjectOf(bytes);
 }
 
 }  // namespace fuzz

@@ -14,7 +14,8 @@ void checkCall(const unsigned char* bytes, std::size_t size);
 /// model, an answer to each. Fails when what was read encodes to other bytes.
 void checkStimulus(Input bytes);
 
-/// Reads the bytes as a configuration and as a set of them. Fails as above.
+/// Reads the bytes as a configuration and as a set of them. Fails as above, and when the object
+/// that the configuration describes is encoded as another one.
 void checkConfigs(Input bytes);
 
 }  // namespace fuzz

@@ -22,7 +22,6 @@ namespace {
 
 namespace envelope = zan_serviceOrchAG::envelope;
 
-constexpr char kSeparator = '\x1F';
 constexpr unsigned kKnowns = 3;
 
 /// '0' nothing, '1' a valid blade, '2' a blade that is not valid.
@@ -33,16 +32,6 @@ void prepareSlot(Input& input) {
     QuietChannel::instance().refuseAddresses(false);
     zan_serviceOrchAG::createSMAClient("3", "127.0.0.1", "1", known == 1);
   }
-}
-
-std::vector<std::string> splitParts(const std::string& text) {
-  std::vector<std::string> parts;
-  for (std::size_t begin = 0; begin <= text.size();) {
-    const std::size_t end = std::min(text.find(kSeparator, begin), text.size());
-    parts.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return parts;
 }
 
 void startWorker() {
@@ -107,7 +96,7 @@ void runRequest(Input input) {
   [[maybe_unused]] static const bool isWorking = (startWorker(), true);
   prepareSlot(input);
   QuietChannel::instance().refuseAddresses(manner == Manner::kRefusesAddress);
-  const std::vector<std::string> parts = splitParts(textOf(input));
+  const std::vector<std::string> parts = partsOf(input);
   const auto replies = QuietChannel::instance().exchange(msglyr::Message(parts));
   check(replies.size() <= 1, "a request has one reply at most");
   if (!replies.empty()) {
