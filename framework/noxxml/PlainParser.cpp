@@ -25,8 +25,8 @@ constexpr std::array<std::uint8_t, 256> classes() {
     all[byte] = static_cast<std::uint8_t>((c == '<' || c == '&' ? 0 : kText) |
                                           (isLetter ? kNameStart : 0) | (isName ? kNameRest : 0));
   }
-  for (const unsigned char blank : {' ', '\t', '\n'}) {
-    all[blank] = kBlank | kText;
+  for (const char blank : {' ', '\t', '\n'}) {
+    all[static_cast<unsigned char>(blank)] = kBlank | kText;
   }
   return all;
 }
