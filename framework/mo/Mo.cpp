@@ -18,6 +18,17 @@ std::vector<Mo*> Mo::findChild(std::uint32_t classId, const filter::Filter* filt
   return found;
 }
 
+base::String Mo::stringify(std::uint32_t propertyId) const {
+  const PropertyInfo* const info = classInfo_ != nullptr ? classInfo_->find(propertyId) : nullptr;
+  if (info == nullptr || info->enumeration == nullptr) {
+    return {};
+  }
+  const method::Value* const value = find(propertyId);
+  const auto* const number = value != nullptr ? std::get_if<std::uint8_t>(value) : nullptr;
+  return base::String(number != nullptr ? info->enumeration->textOf(*number)
+                                        : info->enumeration->otherwise);
+}
+
 method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
                             unsigned int depth, std::uint32_t flags) const {
   method::Config config(classId_, dn_, flags);

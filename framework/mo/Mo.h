@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "framework/base/String.h"
 #include "framework/method/Config.h"
 #include "framework/mo/ChangeFlags.h"
 #include "framework/mo/Dn.h"
@@ -76,6 +77,13 @@ class Mo {
   const method::Value* find(std::uint32_t propertyId) const { return values_.find(propertyId); }
   /// In ascending order of the properties.
   const method::ValueMap& values() const { return values_; }
+  /// The text of an enumerated property's value. Empty when the property's values have no texts, or
+  /// the class's description lacks it.
+  template <class T>
+  base::String stringify(const Property<T>& property) const {
+    return stringify(property.id);
+  }
+  base::String stringify(std::uint32_t propertyId) const;
 
   /// What was set or cleared since the object was made or resetChangeFlags() was called.
   const ChangeFlags& changeFlags() const { return changeFlags_; }

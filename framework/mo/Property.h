@@ -29,6 +29,27 @@ enum Durability : std::uint8_t {
   kVolatile  // gone when the engine ends
 };
 
+/// The text of one value of an enumerated property.
+struct EnumText {
+  std::uint8_t value;
+  std::string_view text;
+};
+
+/// What people and documents call the values of an enumerated property. Constant.
+struct Enumeration {
+  std::span<const EnumText> texts;
+  std::string_view otherwise;  // of every other value, and of a property that is not set
+
+  constexpr std::string_view textOf(std::uint8_t value) const {
+    for (const EnumText& row : texts) {
+      if (row.value == value) {
+        return row.text;
+      }
+    }
+    return otherwise;
+  }
+};
+
 /// One property of a class, with the type of its value.
 ///
 /// The id is unique among all classes and travels; the name is what people read and what the
@@ -42,6 +63,7 @@ struct Property {
   std::string_view name;
   Durability durability = kDurable;
   std::uint32_t group = kStateGroup;
+  const Enumeration* enumeration = nullptr;  // of a std::uint8_t whose values have texts
 };
 
 /// A property without its type: a row of its class's description.
@@ -51,6 +73,7 @@ struct PropertyInfo {
   method::ValueKind kind;
   Durability durability;
   std::uint32_t group;
+  const Enumeration* enumeration = nullptr;  // null when its values have no texts
 
   constexpr bool isDurable() const { return durability == kDurable; }
 };
@@ -59,7 +82,7 @@ struct PropertyInfo {
 template <class... T>
 constexpr std::array<PropertyInfo, sizeof...(T)> describe(const Property<T>&... property) {
   return {PropertyInfo{property.id, property.name, Property<T>::kKind, property.durability,
-                       property.group}...};
+                       property.group, property.enumeration}...};
 }
 
 /// A class of managed objects. Constant; its rows live as long as the process.

@@ -17,6 +17,9 @@ using method::Value;
 using method::ValueKind;
 using mo::Dn;
 
+constexpr mo::EnumText kColourTexts[] = {{0, "off"}, {7, "red"}};
+constexpr mo::Enumeration kColours{kColourTexts, "odd"};
+
 class LampMo final : public mo::Mo {
  public:
   static constexpr std::uint32_t kClassId = 0x51;
@@ -24,7 +27,8 @@ class LampMo final : public mo::Mo {
 
   static constexpr mo::Property<base::String> kPlace{0x105, "place", mo::kDurable,
                                                      mo::kNamingGroup};
-  static constexpr mo::Property<std::uint8_t> kColour{0x101, "colour"};
+  static constexpr mo::Property<std::uint8_t> kColour{0x101, "colour", mo::kDurable,
+                                                      mo::kStateGroup, &kColours};
   static constexpr mo::Property<std::uint32_t> kHours{0x103, "hours", mo::kVolatile};
   static constexpr mo::Property<std::uint64_t> kSeenAt{0x102, "seenAt", mo::kDurable,
                                                        mo::kEngineGroup};
@@ -337,6 +341,33 @@ TEST(Attached, ToConfig_TakesAsManyLevelsAsAsked) {
   EXPECT_TRUE(one.children()[0].children().empty());
   const Config two = lamp.toConfig(mo::kAllGroups, nullptr, 2);
   EXPECT_EQ(two.children()[0].children()[0].dn(), Dn("e"));
+}
+
+TEST(Stringify, EnumeratedValues_HaveTheirTexts) {
+  LampMo lamp;
+  EXPECT_EQ(lamp.stringify(LampMo::kColour), "odd");  // not set
+  lamp.set(LampMo::kColour, 0);
+  EXPECT_EQ(lamp.stringify(LampMo::kColour), "off");
+  lamp.set(LampMo::kColour, 7);
+  EXPECT_EQ(lamp.stringify(0x101), "red");
+  lamp.set(LampMo::kColour, 8);
+  EXPECT_EQ(lamp.stringify(LampMo::kColour), "odd");
+  lamp.set(0x101, Value(std::uint32_t{7}));  // another kind
+  EXPECT_EQ(lamp.stringify(LampMo::kColour), "odd");
+}
+
+TEST(Stringify, PropertyWithoutTexts_IsEmpty) {
+  const LampMo lamp = litLamp();
+  EXPECT_EQ(lamp.stringify(LampMo::kHours), "");
+  EXPECT_EQ(lamp.stringify(0x999), "");
+  mo::Mo plain(0x51, Dn("x"));
+  plain.set(LampMo::kColour, 7);
+  EXPECT_EQ(plain.stringify(LampMo::kColour), "");
+}
+
+TEST(Describe, Enumeration_StandsBesideTheProperty) {
+  EXPECT_EQ(LampMo::kClass.find("colour")->enumeration, &kColours);
+  EXPECT_EQ(LampMo::kClass.find("place")->enumeration, nullptr);
 }
 
 }  // namespace
