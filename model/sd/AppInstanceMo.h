@@ -8,6 +8,12 @@
 
 namespace sd {
 
+class ClusterBootstrapMo;
+class InternalMgmtBootstrapMo;
+class LduMo;
+class MgmtBootstrapMo;
+class ResourceMo;
+
 /// What is being done to an application instance: the values of AppInstanceMo's jobType.
 enum class JobType : std::uint8_t {
   kNone = 0,
@@ -47,6 +53,13 @@ class AppInstanceMo final : public mo::Mo {
   explicit AppInstanceMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}
 
   JobType jobType() const { return static_cast<JobType>(get(kJobType)); }
+
+  /// What the instance is given and told when it starts. Each is null when it has none.
+  LduMo* resolveSdLdu() const;
+  ResourceMo* resolveSdResource() const;
+  ClusterBootstrapMo* resolveSdClusterBootstrap() const;
+  InternalMgmtBootstrapMo* resolveSdInternalMgmtBootstrap() const;
+  MgmtBootstrapMo* resolveSdMgmtBootstrap() const;
 };
 
 }  // namespace sd

@@ -10,6 +10,8 @@ namespace sm {
 
 /// How an application is run: the values of AppMo's deployType.
 enum class DeployType : std::uint8_t { kNative = 1, kLxc = 2, kVm = 3 };
+inline constexpr mo::EnumText kDeployTypeTexts[] = {{1, "native"}, {2, "lxc"}, {3, "vm"}};
+inline constexpr mo::Enumeration kDeployTypes{kDeployTypeTexts, "unknown"};
 
 /// An application: the package that instances are made of. It stands below its instance. Time-outs
 /// are in seconds, the data disk in gigabytes.
@@ -21,7 +23,8 @@ class AppMo final : public mo::Mo {
   // Where the blade fetches the package.
   static constexpr mo::Property<base::String> kPackageFile{0x30e0, "packageFile"};
   static constexpr mo::Property<std::uint64_t> kReqDataHdd{0x30e1, "reqDataHdd"};
-  static constexpr mo::Property<std::uint8_t> kDeployType{0x30e2, "deployType"};
+  static constexpr mo::Property<std::uint8_t> kDeployType{0x30e2, "deployType", mo::kDurable,
+                                                          mo::kStateGroup, &kDeployTypes};
   static constexpr mo::Property<std::uint64_t> kInstallTimeout{0x30e3, "installTimeout"};
   static constexpr mo::Property<std::uint64_t> kUninstallTimeout{0x30e4, "uninstallTimeout"};
   static constexpr mo::Property<std::uint64_t> kUpgradeTimeout{0x30e5, "upgradeTimeout"};

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "model/Catalog.h"
@@ -152,15 +153,108 @@ TEST(Classes, WhatTheEngineBelievesAndFinds_HasTheseProperties) {
                {0x3084, "count", kU32, 2}});
 }
 
-TEST(Classes, AllOfThem_AreEleven) {
+TEST(Classes, LogicalDeviceAndItsLinks_HaveTheseProperties) {
+  expectClass(0x308, "ldu", {{0x3100, "name", kText, 1}});
+  expectClass(0x309, "externalLduLink",
+              {{0x3110, "portName", kText, 1},
+               {0x3111, "linkInterfaceType", kU8, 2},
+               {0x3112, "mgmtSubType", kU8, 2},
+               {0x3113, "vlan", kU32, 2},
+               {0x3114, "bladeVnic1", kText, 2},
+               {0x3115, "bladeVnic2", kText, 2},
+               {0x3116, "systemMac", kU64, 2},
+               {0x3117, "hasMac", kBool, 2}});
+  expectClass(0x30a, "appLduLink",
+              {{0x3120, "name", kText, 1},
+               {0x3121, "bladeVnic1", kText, 2},
+               {0x3122, "bladeVnic2", kText, 2}});
+}
+
+TEST(Classes, WhatAnInstanceIsGiven_HasTheseProperties) {
+  expectClass(0x30b, "resource",
+              {{0x3130, "reqCpuCores", kU32, 2},
+               {0x3131, "maxAllowedRam", kU32, 2},
+               {0x3132, "reqDataHdd", kU32, 2},
+               {0x3133, "reqSecDataHdd", kU32, 2}});
+  expectClass(0x30c, "clusterBootstrap",
+              {{0x3140, "ipv4PoolStart", kU32, 2},
+               {0x3141, "ipv4PoolEnd", kU32, 2},
+               {0x3142, "ipv4VirtIP", kU32, 2},
+               {0x3143, "ipv4Netmask", kU32, 2},
+               {0x3144, "ipv4Gateway", kU32, 2},
+               {0x3145, "ipv6PoolStart", kText, 2},
+               {0x3146, "ipv6PoolEnd", kText, 2},
+               {0x3147, "ipv6VirtIP", kText, 2},
+               {0x3148, "ipv6PrefixLength", kU32, 2},
+               {0x3149, "ipv6Gateway", kText, 2}});
+  expectClass(0x30d, "internalMgmtBootstrap", {{0x3150, "bladeVnic", kText, 2}});
+  expectClass(0x30e, "mgmtBootstrap", {});
+  expectClass(0x30f, "netMgmtBootstrap", {{0x3170, "key", kText, 1}, {0x3171, "value", kText, 2}});
+}
+
+TEST(Classes, AddressesAndTheBlade_HaveTheseProperties) {
+  expectClass(
+      0x310, "ip",
+      {{0x3180, "address", kU32, 2}, {0x3181, "netmask", kU32, 2}, {0x3182, "gateway", kU32, 2}});
+  expectClass(0x311, "ipv6",
+              {{0x3190, "address", kText, 2},
+               {0x3191, "prefixLength", kU32, 2},
+               {0x3192, "gateway", kText, 2}});
+  expectClass(0x312, "systemMac", {{0x31a0, "mac", kU64, 2}});
+  expectClass(0x313, "blade", {{0x31b0, "serial", kText, 2}, {0x31b1, "model", kText, 2}});
+}
+
+TEST(Classes, EnumeratedProperties_HaveTheseTexts) {
+  sm::AppMo app;
+  EXPECT_EQ(app.stringify(sm::AppMo::kDeployType), "unknown");
+  for (const auto& [value, text] : std::vector<std::pair<std::uint8_t, const char*>>{
+           {0, "unknown"}, {1, "native"}, {2, "lxc"}, {3, "vm"}, {4, "unknown"}}) {
+    app.set(sm::AppMo::kDeployType, value);
+    EXPECT_EQ(app.stringify(sm::AppMo::kDeployType), text) << int{value};
+  }
+  sd::ExternalLduLinkMo link;
+  EXPECT_EQ(link.stringify(sd::ExternalLduLinkMo::kLinkInterfaceType), "");
+  for (const auto& [value, text] : std::vector<std::pair<std::uint8_t, const char*>>{
+           {0, "data"}, {1, "mgmt"}, {2, "cluster"}, {3, "direct"}, {4, ""}}) {
+    link.set(sd::ExternalLduLinkMo::kLinkInterfaceType, value);
+    EXPECT_EQ(link.stringify(sd::ExternalLduLinkMo::kLinkInterfaceType), text) << int{value};
+  }
+  for (const auto& [value, text] : std::vector<std::pair<std::uint8_t, const char*>>{
+           {0, ""}, {1, "management"}, {2, "events"}, {3, ""}}) {
+    link.set(sd::ExternalLduLinkMo::kMgmtSubType, value);
+    EXPECT_EQ(link.stringify(sd::ExternalLduLinkMo::kMgmtSubType), text) << int{value};
+  }
+}
+
+TEST(Classes, AllOfThem_AreThese) {
   std::set<std::string_view> names;
   for (const mo::ClassInfo* const each : model::classInfos()) {
     names.insert(each->name);
   }
-  EXPECT_EQ(names, (std::set<std::string_view>{"monitor", "diskFileSystem", "reportedAppInstance",
-                                               "app", "dateTime", "system", "chassis", "slot",
-                                               "appInstance", "operation", "fault"}));
-  EXPECT_EQ(model::classInfos().size(), 11U);
+  EXPECT_EQ(names, (std::set<std::string_view>{"monitor",
+                                               "diskFileSystem",
+                                               "reportedAppInstance",
+                                               "app",
+                                               "dateTime",
+                                               "system",
+                                               "chassis",
+                                               "slot",
+                                               "appInstance",
+                                               "operation",
+                                               "fault",
+                                               "ldu",
+                                               "externalLduLink",
+                                               "appLduLink",
+                                               "resource",
+                                               "clusterBootstrap",
+                                               "internalMgmtBootstrap",
+                                               "mgmtBootstrap",
+                                               "netMgmtBootstrap",
+                                               "ip",
+                                               "ipv6",
+                                               "systemMac",
+                                               "blade"}));
+  EXPECT_EQ(model::classInfos().size(), 23U);
 }
 
 TEST(Classes, UnknownClass_IsNotFound) {
