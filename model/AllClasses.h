@@ -15,6 +15,7 @@
 #include "model/sd/IPMo.h"
 #include "model/sd/IPV6Mo.h"
 #include "model/sd/InternalMgmtBootstrapMo.h"
+#include "model/sd/JobMo.h"
 #include "model/sd/LduMo.h"
 #include "model/sd/MgmtBootstrapMo.h"
 #include "model/sd/NetMgmtBootstrapMo.h"
@@ -41,9 +42,10 @@ struct ClassList {
 /// itself, and what an application instance is given when it starts (sd); settings (comm).
 using AllClasses =
     ClassList<sm::MonitorMo, sm::DiskFileSystemMo, sm::AppInstanceMo, sm::AppMo, sd::SystemMo,
-              sd::ChassisMo, sd::SlotMo, sd::AppInstanceMo, sd::OperationMo, sd::FaultMo, sd::LduMo,
-              sd::ExternalLduLinkMo, sd::AppLduLinkMo, sd::ResourceMo, sd::ClusterBootstrapMo,
-              sd::InternalMgmtBootstrapMo, sd::MgmtBootstrapMo, sd::NetMgmtBootstrapMo, sd::IPMo,
-              sd::IPV6Mo, sd::SystemMacMo, sd::BladeMo, comm::DateTimeMo>;
+              sd::ChassisMo, sd::SlotMo, sd::AppInstanceMo, sd::OperationMo, sd::FaultMo, sd::JobMo,
+              sd::LduMo, sd::ExternalLduLinkMo, sd::AppLduLinkMo, sd::ResourceMo,
+              sd::ClusterBootstrapMo, sd::InternalMgmtBootstrapMo, sd::MgmtBootstrapMo,
+              sd::NetMgmtBootstrapMo, sd::IPMo, sd::IPV6Mo, sd::SystemMacMo, sd::BladeMo,
+              comm::DateTimeMo>;
 
 }  // namespace model

@@ -95,6 +95,25 @@ TEST(Classes, SystemAndChassis_HaveTheseProperties) {
                {0x3014, "isDescribed", kBool, 2}});
 }
 
+TEST(Classes, Job_HasTheseProperties) {
+  expectClass(0x320, "job",
+              {{0x30d0, "id", kU64, 1},
+               {0x30d1, "verb", kText, 2},
+               {0x30d2, "target", kText, 2},
+               {0x30d3, "slot", kU32, 2},
+               {0x30d4, "state", kText, 2},
+               {0x30d5, "cause", kText, 2},
+               {0x30d6, "percentage", kU32, 2},
+               {0x30d7, "attempts", kU32, 2},
+               {0x30d8, "acceptedAt", kU64, 2},
+               {0x30d9, "sentAt", kU64, 2},
+               {0x30da, "acknowledgedAt", kU64, 2},
+               {0x30db, "finishedAt", kU64, 2},
+               {0x30dc, "deliverBy", kU64, 2},
+               {0x30dd, "finishBy", kU64, 2},
+               {0x30de, "argument", kText, 2}});
+}
+
 TEST(Classes, ApplicationAndDateTime_HaveTheseProperties) {
   expectClass(0x306, "app",
               {{0x30e0, "packageFile", kText, 2},
@@ -242,6 +261,7 @@ TEST(Classes, AllOfThem_AreThese) {
                                                "appInstance",
                                                "operation",
                                                "fault",
+                                               "job",
                                                "ldu",
                                                "externalLduLink",
                                                "appLduLink",
@@ -254,7 +274,7 @@ TEST(Classes, AllOfThem_AreThese) {
                                                "ipv6",
                                                "systemMac",
                                                "blade"}));
-  EXPECT_EQ(model::classInfos().size(), 23U);
+  EXPECT_EQ(model::classInfos().size(), 24U);
 }
 
 TEST(Classes, UnknownClass_IsNotFound) {
