@@ -11,6 +11,7 @@ std::span<const Target> targets() {
       Target{"appFailure", &runAppFailure},
       Target{"commandProgress", &runCommandProgress},
       Target{"config", &runConfig},
+      Target{"engine", &runEngine},
       Target{"heartbeat", &runHeartbeat},
       Target{"inbound", &runInbound},
       Target{"platformInfo", &runPlatformInfo},

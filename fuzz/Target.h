@@ -23,6 +23,7 @@ void runAnswer(Input input);
 void runAppFailure(Input input);
 void runCommandProgress(Input input);
 void runConfig(Input input);
+void runEngine(Input input);
 void runHeartbeat(Input input);
 void runInbound(Input input);
 void runPlatformInfo(Input input);
