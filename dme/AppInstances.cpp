@@ -93,7 +93,11 @@ Result<void> AppInstances::record(std::uint32_t slot, const method::ConfigSet& i
   }
   Slot& held = slots_[slot];
   replace(**object, held.reported, take(instances), now);
-  logDifferences(slot, compare(held, now));
+  const std::size_t faults = compare(held, now);
+  if (std::exchange(held.faults, faults) != faults) {
+    core_log::logPrintf("record", core_log::serviceLevel(), 5,
+                        "application instances of slot %u: %zu faults", slot, faults);
+  }
   return {};
 }
 
@@ -197,14 +201,6 @@ bool AppInstances::judge(const Object& instance, std::string_view kind,
     store_.hold(*fault, FaultMo::kCount, count);
   }
   return true;
-}
-
-void AppInstances::logDifferences(std::uint32_t slot, std::size_t faults) {
-  std::size_t& last = faults_[slot];
-  if (std::exchange(last, faults) != faults) {
-    core_log::logPrintf("record", core_log::serviceLevel(), 5,
-                        "application instances of slot %u: %zu faults", slot, faults);
-  }
 }
 
 Result<Object*> AppInstances::find(const base::String& identifier) const {

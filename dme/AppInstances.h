@@ -56,18 +56,21 @@ class AppInstances {
   struct Slot {
     Instances believed;
     Instances reported;
+    std::size_t faults = 0;  // by the last report since the start
   };
   struct Report;  // what a report says, by identifier
 
+  /// Finds the instances that the store holds below the slot.
   void index(const Object& slot);
+  /// What is fit to be kept of a report.
   Report take(const method::ConfigSet& instances);
   void replace(const Object& slot, Instances& held, const Report& report, std::uint64_t now);
   void forget(const std::string& identifier, const Object& instance);
+  /// The number of faults.
   std::size_t compare(const Slot& slot, std::uint64_t now);
   /// Makes or keeps the fault when there is a `difference`, else takes it away. True when there is.
   bool judge(const Object& instance, std::string_view kind,
              const std::optional<std::string>& difference, std::uint64_t now);
-  void logDifferences(std::uint32_t slot, std::size_t faults);
 
   ObjectStore& store_;
   Chassis& chassis_;
@@ -75,7 +78,6 @@ class AppInstances {
   std::unordered_map<std::uint32_t, Slot> slots_;
   std::unordered_map<std::string, Object*> believed_;
   std::unordered_map<std::string, std::vector<Object*>> reported_;
-  std::unordered_map<std::uint32_t, std::size_t> faults_;  // last logged, by slot
 };
 
 }  // namespace dme

@@ -20,7 +20,7 @@ namespace dme {
 
 namespace {
 
-/// The code under which a slot is refused: the request itself is at fault.
+/// The request itself is at fault.
 constexpr std::uint32_t kInvalidCode = 1003;
 constexpr std::uint32_t kNotStoredCode = 1005;
 
