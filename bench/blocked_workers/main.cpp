@@ -96,7 +96,7 @@ int run(const Options& options) {
   const std::string endPoint = "ipc://" + folder.path() + "/engine";
   HoldingEngine engine(endPoint);
   const load::Gateway gateway(endPoint);
-  load::registerBlades(load::Gateway::endPoint(), load::kHeartbeatSlots);
+  load::registerBlades(load::Gateway::endPoint(), load::kLoadSlots);
   std::array<Figures, kMostBlocked + 1> board;
   for (int round = 0; round < options.rounds; ++round) {
     double reference = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -32,6 +33,7 @@ class Gateway {
 
   static std::string endPoint();
   clockid_t cpuClock() const { return process_.cpuClock(); }
+  std::size_t residentBytes() const { return process_.residentBytes(); }
 
  private:
   std::vector<std::string> command(const std::string& engine) const;

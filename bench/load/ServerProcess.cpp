@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -68,6 +69,14 @@ ServerProcess::ServerProcess(const std::vector<std::string>& command) {
 
 ServerProcess::~ServerProcess() {
   end();
+}
+
+std::size_t ServerProcess::residentBytes() const {
+  std::ifstream statistics("/proc/" + std::to_string(pid_) + "/statm");
+  std::size_t total = 0;
+  std::size_t resident = 0;
+  statistics >> total >> resident;
+  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 void ServerProcess::end() {

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 #include <time.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ class ServerProcess {
   /// What it printed.
   const std::string& firstLine() const { return firstLine_; }
   clockid_t cpuClock() const { return cpuClock_; }
+  /// Memory of the process that is not on disk or swapped out; 0 when it has ended.
+  std::size_t residentBytes() const;
 
  private:
   void end();

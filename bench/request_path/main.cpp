@@ -102,7 +102,7 @@ int run(const Options& options) {
                           name == std::string("grpc") ? loadGrpc : load::loadHeartbeats});
   }
   const load::Gateway gateway;
-  load::registerBlades(load::Gateway::endPoint(), load::kHeartbeatSlots);
+  load::registerBlades(load::Gateway::endPoint(), load::kLoadSlots);
   contenders.push_back(
       {"gateway", load::Gateway::endPoint(), gateway.cpuClock(), load::loadHeartbeats});
   for (const load::Shape& shape : kShapes) {
