@@ -25,7 +25,9 @@ inline constexpr role_t kRoleRequestWorker = 5;  // takes requests from a shared
 //
 // Role kRoleRequestWorker. Channels of one process that name the same three texts (name, server
 // end point, worker end point) share one listening socket, and each of them takes the next
-// request as soon as it calls receive: a request waits for a busy worker only if all are busy.
+// request as soon as it calls receive: a request waits for a busy worker only if all are busy, or
+// for a moment until it shows that the worker at hand is. One that waits on an os::WaitableEvent
+// shows it at once.
 // send answers the peer whose request this channel received last, whatever the address; it
 // never blocks, and returns -1 if that peer is gone or does not read its replies. Each channel
 // belongs to one thread at a time.

@@ -14,7 +14,6 @@
 namespace msglyr {
 namespace {
 
-constexpr std::chrono::microseconds kDeputyTick{500};
 constexpr std::chrono::milliseconds kFirstPause{10};
 constexpr std::chrono::milliseconds kLongestPause{1000};
 
@@ -37,8 +36,11 @@ std::shared_ptr<RequestDispatcher> RequestDispatcher::join(const std::string& na
   return dispatcher;
 }
 
-RequestDispatcher::RequestDispatcher(const std::string& serverEndPoint)
-    : limits_{bounds().maxMessageBytes, bounds().maxParts}, socket_(ZMQ_ROUTER) {
+RequestDispatcher::RequestDispatcher(const std::string& serverEndPoint,
+                                     std::chrono::microseconds deputyTick)
+    : limits_{bounds().maxMessageBytes, bounds().maxParts},
+      deputyTick_(deputyTick),
+      socket_(ZMQ_ROUTER) {
   applyBounds(socket_, bounds());
   socket_.set(ZMQ_ROUTER_MANDATORY, 1);
   socket_.bind(serverEndPoint);
@@ -77,8 +79,7 @@ int RequestDispatcher::receive(std::string& peer, Message& message, Deadline dea
       standBy(lock, deadline);
       continue;
     }
-    leader_ = Leader::Works;
-    leaderThread_ = std::this_thread::get_id();
+    lead();
     const Received received = receiveMessage(socket_, frame_, limits_, &sender_, parts);
     switch (received.outcome) {
       case Io::Done:
@@ -108,6 +109,21 @@ bool RequestDispatcher::leads() const {
   return leader_ == Leader::None || leaderThread_ == std::this_thread::get_id();
 }
 
+void RequestDispatcher::lead() {
+  if (leader_ == Leader::None) {
+    leaderThread_ = std::this_thread::get_id();
+    observeThisThread(weak_from_this());
+  }
+  leader_ = Leader::Works;
+}
+
+void RequestDispatcher::onWait() noexcept {
+  const std::lock_guard guard(mutex_);
+  if (leader_ == Leader::Works && leaderThread_ == std::this_thread::get_id()) {
+    stepDown();
+  }
+}
+
 void RequestDispatcher::onTaken() {
   counterCells().received.add();
   errors_ = 0;
@@ -128,7 +144,11 @@ void RequestDispatcher::alertDeputy() {
 
 void RequestDispatcher::stepDown() {
   leader_ = Leader::None;
-  alertDeputy();
+  if (hasDeputy_) {
+    deputyWake_.notify_one();
+  } else if (parked_ > 0) {
+    bench_.notify_one();
+  }
 }
 
 // A sender may have taken the edge of the socket's descriptor that the leader waits for.
@@ -180,7 +200,7 @@ void RequestDispatcher::beDeputy(Lock& lock, Deadline deadline) {
   while (leader_ != Leader::None && (!deadline || Clock::now() < *deadline)) {
     deputyTicks_ = leader_ != Leader::Polls;
     if (deputyTicks_) {
-      deputyWake_.wait_for(lock, kDeputyTick);
+      deputyWake_.wait_for(lock, deputyTick_);
     } else if (deadline) {
       deputyWake_.wait_until(lock, *deadline);
     } else {

@@ -12,6 +12,7 @@
 #include "framework/msglyr/FileDescriptor.h"
 #include "framework/msglyr/Message.h"
 #include "framework/msglyr/Socket.h"
+#include "framework/os/WaitObserver.h"
 
 namespace msglyr {
 
@@ -19,12 +20,14 @@ namespace msglyr {
 //
 // Socket operations are short and happen under one lock. One worker, the leader, takes all
 // requests: it receives, handles, answers and comes back, and while it does so the others stay
-// away from the lock. Handling a request is usually quicker than waking a thread. When a handler
-// blocks, the leader makes no progress; one of the others, the deputy, looks twice in a
-// millisecond while there is traffic, and becomes the leader. A request therefore waits about a
-// millisecond at most as long as one of the workers is free. When traffic stops, nothing ticks: the
-// leader waits in poll and the others on condition variables.
-class RequestDispatcher {
+// away from the lock. Handling a request is usually quicker than waking a thread. A handler that is
+// about to wait for an event steps down first, and one of the others, the deputy, becomes the
+// leader. When a handler blocks in another way, the leader makes no progress; the deputy looks for
+// that twice in a millisecond while there is traffic. A request therefore waits about a millisecond
+// at most as long as one of the workers is free. When traffic stops, nothing ticks: the leader
+// waits in poll and the others on condition variables.
+class RequestDispatcher : public os::WaitObserver,
+                          public std::enable_shared_from_this<RequestDispatcher> {
  public:
   using Clock = std::chrono::steady_clock;
   using Deadline = std::optional<Clock::time_point>;  // none: no limit
@@ -35,7 +38,11 @@ class RequestDispatcher {
                                                  const std::string& serverEndPoint,
                                                  const std::string& workerEndPoint);
 
-  explicit RequestDispatcher(const std::string& serverEndPoint);
+  // Time between two looks of the deputy while there is traffic.
+  static constexpr std::chrono::microseconds kDeputyTick{500};
+
+  explicit RequestDispatcher(const std::string& serverEndPoint,
+                             std::chrono::microseconds deputyTick = kDeputyTick);
   RequestDispatcher(const RequestDispatcher&) = delete;
   RequestDispatcher& operator=(const RequestDispatcher&) = delete;
 
@@ -46,6 +53,9 @@ class RequestDispatcher {
   // As MsgLyrChannel::send. Any thread; never blocks on the peer.
   int send(const std::string& peer, const Message& message);
 
+  // The calling worker does not come back for a while.
+  void onWait() noexcept override;
+
   // The bound end point, with the port that the system chose if "*" was asked for.
   std::string endPoint();
 
@@ -55,6 +65,7 @@ class RequestDispatcher {
   using Lock = std::unique_lock<std::mutex>;
 
   bool leads() const;
+  void lead();
   void onTaken();
   void pollSocket(Lock& lock, Deadline deadline);
   void stepDown();
@@ -66,6 +77,7 @@ class RequestDispatcher {
 
   // Constant after construction.
   const MessageLimits limits_;
+  const std::chrono::microseconds deputyTick_;
   int socketFd_;
   WakeUp wakeUp_;  // of the leader that polls
 

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "framework/os/Clock.h"
+#include "framework/os/WaitObserver.h"
 
 namespace os {
 
@@ -18,6 +19,11 @@ unsigned WaitableEvent::wait(unsigned milliseconds) {
   const auto isSet = [this] {
     return isSet_;
   };
+  if (!isSet_ && milliseconds > 0) {
+    lock.unlock();
+    WaitObserver::announceWait();
+    lock.lock();
+  }
   if (milliseconds == kNoLimit) {
     changed_.wait(lock, isSet);
     return 0;

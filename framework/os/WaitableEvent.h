@@ -22,7 +22,8 @@ class WaitableEvent {
   void set();
 
   /// Blocks until the event is set or `milliseconds` have passed on os::Clock. Returns 0 when it is
-  /// set, also when it was set before; 1 on time-out. Zero asks without blocking.
+  /// set, also when it was set before; 1 on time-out. Zero asks without blocking. The thread's
+  /// WaitObserver is told before it blocks.
   [[nodiscard]] unsigned wait(unsigned milliseconds);
 
   /// Closes the latch again.

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "framework/msglyr/Counters.h"
+#include "framework/os/WaitableEvent.h"
 #include "tests/framework/msglyr/RequestWorkers.h"
 #include "tests/framework/msglyr/TestPeer.h"
 
@@ -389,6 +390,46 @@ TEST_F(FiveWorkers, ManyPeersWithManyRequests_EachGetsItsRepliesInFull) {
       seen.insert(reply->at(2));
     }
     EXPECT_EQ(seen.size(), static_cast<std::size_t>(kRequests));
+  }
+}
+
+// A worker that waits for an event is not found out by looking: nobody looks for an hour.
+TEST(RequestDispatcher, HandlerWaitsForAnEvent_AnotherWorkerTakesTheNextRequest) {
+  const auto dispatcher =
+      std::make_shared<RequestDispatcher>(RequestWorkers::kServer, std::chrono::hours(1));
+  os::WaitableEvent gate;
+  std::vector<std::jthread> workers;
+  for (int i = 0; i < 3; ++i) {
+    workers.emplace_back([&] {
+      std::string peer;
+      Message message;
+      while (dispatcher->receive(peer, message, std::nullopt) > 0 && message[0] != "stop") {
+        if (message[0] == "hold") {
+          EXPECT_EQ(gate.wait(os::WaitableEvent::kNoLimit), 0U);
+        }
+        dispatcher->send(peer, message);
+      }
+      dispatcher->onWait();  // does not come back
+    });
+  }
+  TestPeer blocker = TestPeer::connected(dispatcher->endPoint());
+  TestPeer peer = TestPeer::connected(dispatcher->endPoint());
+  for (int i = 0; i < 20; ++i) {
+    blocker.send({"hold"});
+    blocker.send({"hold"});
+    const Parts request{"go", std::to_string(i)};
+    for (int k = 0; k < 5; ++k) {
+      peer.send(request);
+      EXPECT_EQ(peer.receive(), request) << i;
+    }
+    gate.set();
+    EXPECT_EQ(blocker.receive(), (Parts{"hold"})) << i;
+    EXPECT_EQ(blocker.receive(), (Parts{"hold"})) << i;
+    gate.reset();
+  }
+  gate.set();
+  for (std::size_t i = 0; i < workers.size(); ++i) {
+    blocker.send({"stop"});
   }
 }
 
