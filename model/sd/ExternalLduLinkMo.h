@@ -56,6 +56,10 @@ class ExternalLduLinkMo final : public mo::Mo {
 
   explicit ExternalLduLinkMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}
 
+  LinkInterfaceType linkInterfaceType() const {
+    return static_cast<LinkInterfaceType>(get(kLinkInterfaceType));
+  }
+
   /// The link's address on the cluster's network, or null.
   IPMo* resolveSdIP() const;
 };

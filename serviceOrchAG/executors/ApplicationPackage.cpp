@@ -3,8 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "serviceOrchAG/svc/Vocabulary.h"
-
 namespace zan_serviceOrchAG {
 
 mo::Mo* firstApplication(const mo::Mo& instance) {
@@ -12,16 +10,8 @@ mo::Mo* firstApplication(const mo::Mo& instance) {
   return applications.empty() ? nullptr : applications.front();
 }
 
-const base::String& deployTypeText(const sm::AppMo& app) {
-  switch (static_cast<sm::DeployType>(app.get(sm::AppMo::kDeployType))) {
-    case sm::DeployType::kNative:
-      return names().native;
-    case sm::DeployType::kLxc:
-      return names().lxc;
-    case sm::DeployType::kVm:
-      return names().vm;
-  }
-  return names().unknown;
+base::String getDeployType(const sm::AppMo& app) {
+  return app.stringify(sm::AppMo::kDeployType);
 }
 
 base::String dataDiskText(const sm::AppMo& app) {

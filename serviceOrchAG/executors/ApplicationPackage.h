@@ -12,7 +12,7 @@ namespace zan_serviceOrchAG {
 mo::Mo* firstApplication(const mo::Mo& instance);
 
 /// "native", "lxc", "vm" or "unknown".
-const base::String& deployTypeText(const sm::AppMo& app);
+base::String getDeployType(const sm::AppMo& app);
 
 /// The data disk that the application needs in megabytes, as decimal text.
 base::String dataDiskText(const sm::AppMo& app);

@@ -1,5 +1,6 @@
 #include "serviceOrchAG/executors/ExecutorFrame.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "serviceOrchAG/bridge/SMAClient.h"
@@ -93,18 +94,25 @@ void ExecutorFrame::refuse(const base::String& text) {
   stage_.reportFailure(kRefusedBits, kRefusedCode, text);
 }
 
+noxxml::AgElement* ExecutorFrame::addRequired(CommandDocument& document, noxxml::AgElement* parent,
+                                              const std::string& slot,
+                                              const base::String& appInstanceId,
+                                              const RequiredElement& element) {
+  noxxml::AgElement* const added =
+      createChildNode(element.name, element.value, parent, document.converter());
+  if (added == nullptr) {
+    logMissing(element, slot, appInstanceId);
+    refuse(element.failure);
+  }
+  return added;
+}
+
 bool ExecutorFrame::addRequired(CommandDocument& document, const std::string& slot,
                                 const base::String& appInstanceId,
                                 std::span<const RequiredElement> elements) {
-  for (const RequiredElement& element : elements) {
-    if (createChildNode(element.name, element.value, document.root(), document.converter()) ==
-        nullptr) {
-      logMissing(element, slot, appInstanceId);
-      refuse(element.failure);
-      return false;
-    }
-  }
-  return true;
+  return std::all_of(elements.begin(), elements.end(), [&](const RequiredElement& element) {
+    return addRequired(document, document.root(), slot, appInstanceId, element) != nullptr;
+  });
 }
 
 void ExecutorFrame::logMissing(const RequiredElement& element, const std::string& slot,
@@ -123,6 +131,17 @@ void ExecutorFrame::logMissing(const RequiredElement& element, const std::string
     case MissingLine::kInstance:
       log(kError, "%s: %s[%s]: %s[%s]: %s : missing", names_.prefix, slotTag, slot.c_str(),
           instanceTag, appInstanceId.c_str(), name);
+      break;
+    case MissingLine::kInstanceFirst:
+      log(kError, "%s: %s[%s]: %s[%s]: %s : missing", names_.prefix, instanceTag,
+          appInstanceId.c_str(), slotTag, slot.c_str(), name);
+      break;
+    case MissingLine::kForInstance:
+      log(kError, "%s: %s: missing for %s[%s].", names_.prefix, name, instanceTag,
+          appInstanceId.c_str());
+      break;
+    case MissingLine::kElement:
+      log(kError, "%s: %s: missing", names_.prefix, name);
       break;
   }
 }

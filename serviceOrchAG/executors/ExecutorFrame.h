@@ -30,7 +30,10 @@ struct ExecutorNames {
 enum class MissingLine : std::uint8_t {
   kSlot,           ///< "PREFIX: slot[3]: ELEMENT : missing"
   kSpaceInstance,  ///< "PREFIX: slot[3]: appInstanceId [a1]: ELEMENT : missing"
-  kInstance        ///< "PREFIX: slot[3]: appInstanceId[a1]: ELEMENT : missing"
+  kInstance,       ///< "PREFIX: slot[3]: appInstanceId[a1]: ELEMENT : missing"
+  kInstanceFirst,  ///< "PREFIX: appInstanceId[a1]: slot[3]: ELEMENT : missing"
+  kForInstance,    ///< "PREFIX: ELEMENT: missing for appInstanceId[a1]."
+  kElement         ///< "PREFIX: ELEMENT: missing"
 };
 
 /// An element without which a command is not sent.
@@ -74,6 +77,7 @@ class ExecutorFrame {
  public:
   static constexpr int kTrace = 1;
   static constexpr int kDocument = 4;
+  static constexpr int kNotice = 5;
   static constexpr int kError = 8;
 
   /// Both are borrowed. The outcome is reported on `stage`.
@@ -106,6 +110,12 @@ class ExecutorFrame {
     return wanted;
   }
 
+  /// Adds the element below `parent`. Null when it has no value, which has been logged and
+  /// reported.
+  [[nodiscard]] noxxml::AgElement* addRequired(CommandDocument& document, noxxml::AgElement* parent,
+                                               const std::string& slot,
+                                               const base::String& appInstanceId,
+                                               const RequiredElement& element);
   /// Adds the elements below the root. False after the first that has no value, which has been
   /// logged and reported.
   [[nodiscard]] bool addRequired(CommandDocument& document, const std::string& slot,

@@ -25,7 +25,7 @@ bool addElements(ExecutorFrame& frame, CommandDocument& document, const std::str
       {names().appInstanceId, id, MissingLine::kSlot, "INSTALLAPP:: appInstanceId is missing."},
       {names().reqDataHdd, dataDiskText(app), MissingLine::kSpaceInstance,
        "INSTALLAPP:: reqDataHdd is missing."},
-      {names().installType, deployTypeText(app), MissingLine::kSpaceInstance,
+      {names().installType, getDeployType(app), MissingLine::kSpaceInstance,
        "INSTALLAPP:: installType is missing."},
       {names().installTimeout, std::to_string(app.get(App::kInstallTimeout)),
        MissingLine::kSpaceInstance, "INSTALLAPP:: installTimeout is missing."},

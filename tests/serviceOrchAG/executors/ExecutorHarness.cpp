@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "framework/filter/Filter.h"
 #include "model/comm/DateTimeMo.h"
 #include "model/sd/AppInstanceMo.h"
 #include "model/sd/SlotMo.h"
@@ -13,6 +14,7 @@
 #include "model/sm/AppMo.h"
 #include "model/zan_dme/Methods.h"
 #include "serviceOrchAG/svc/Svc.h"
+#include "tests/serviceOrchAG/executors/StartTarget.h"
 
 namespace zan_serviceOrchAG {
 
@@ -134,6 +136,16 @@ const std::vector<Executor>& executors() {
        runStage<FsmSdAppInstanceUpgradeApplicationSendCommandMe,
                 Svc::executeZanDmeFsmSdAppInstanceUpgradeApplicationSendCommandCb>,
        make<FsmSdAppInstanceUpgradeApplicationSendCommandMe>},
+      {"start", "executeZanDmeFsmSdAppInstanceStartApplicationSendCommandCb",
+       "ZanDmeFsmSdAppInstanceStartApplicationSendCommand", "startApp", startTarget,
+       runStage<FsmSdAppInstanceStartApplicationSendCommandMe,
+                Svc::executeZanDmeFsmSdAppInstanceStartApplicationSendCommandCb>,
+       make<FsmSdAppInstanceStartApplicationSendCommandMe>},
+      {"startVdp", "executeZanDmeFsmSdAppInstanceStartApplicationSendCommandCb",
+       "ZanDmeFsmSdAppInstanceStartApplicationSendCommand", "startApp", startVdpTarget,
+       runStage<FsmSdAppInstanceStartApplicationSendCommandMe,
+                Svc::executeZanDmeFsmSdAppInstanceStartApplicationSendCommandCb>,
+       make<FsmSdAppInstanceStartApplicationSendCommandMe>},
       {"stop", "executeZanDmeFsmSdAppInstanceStopApplicationSendCommandCb",
        "ZanDmeFsmSdAppInstanceStopApplicationSendCommand", "stopApp", instance<5>,
        runStage<FsmSdAppInstanceStopApplicationSendCommandMe,
@@ -169,6 +181,7 @@ const Executor& executorNamed(const std::string& name) {
 }
 
 Outcome runExecutor(const Executor& executor, const Config& target) {
+  filter::Filter::initFactories();  // as start-up does
   const std::unique_ptr<Stimulus> stage = executor.makeStage();
   executor.run(*stage, target);
   Outcome outcome;
@@ -187,6 +200,17 @@ std::string golden(const std::string& name) {
     text.pop_back();
   }
   return text;
+}
+
+std::string goldenOn(const std::string& platform, const std::string& name) {
+  const std::string own = golden(name + '.' + platform + ".xml");
+  return own.empty() ? golden(name + ".xml") : own;
+}
+
+std::string sentDocument(const std::string& executor, const Config& target) {
+  const ScriptedBlades blades;
+  runExecutor(executorNamed(executor), target);
+  return blades.sent().empty() ? "" : blades.sent().front().document;
 }
 
 }  // namespace zan_serviceOrchAG

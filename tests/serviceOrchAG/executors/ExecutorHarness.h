@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -63,7 +64,8 @@ struct Executor {
   std::unique_ptr<proc::Stimulus> (*makeStage)();
 };
 
-/// All that send a command, starting an application excepted.
+/// All that send a command. Starting is in it twice: "startVdp" starts an application with cluster
+/// links and an internal management interface.
 const std::vector<Executor>& executors();
 const Executor& executorNamed(const std::string& name);
 
@@ -80,5 +82,12 @@ inline Outcome runExecutor(const Executor& executor) {
 
 /// A file of the folder golden/, without the line feed that may end it.
 std::string golden(const std::string& name);
+
+/// The document of an executor on a platform: "NAME.PLATFORM.xml", or "NAME.xml" when the platform
+/// makes no difference.
+std::string goldenOn(const std::string& platform, const std::string& name);
+
+/// The document that the executor sends for this target; empty when it sends none.
+std::string sentDocument(const std::string& executor, const method::Config& target);
 
 }  // namespace zan_serviceOrchAG

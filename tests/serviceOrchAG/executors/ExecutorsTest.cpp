@@ -6,11 +6,16 @@
 
 #include "model/comm/DateTimeMo.h"
 #include "model/sd/AppInstanceMo.h"
+#include "model/sd/BladeMo.h"
+#include "model/sd/ChassisMo.h"
+#include "model/sd/ExternalLduLinkMo.h"
+#include "model/sd/ResourceMo.h"
 #include "model/sd/SlotMo.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/sm/AppMo.h"
 #include "serviceOrchAG/svc/Svc.h"
 #include "tests/serviceOrchAG/executors/ExecutorHarness.h"
+#include "tests/serviceOrchAG/executors/StartTarget.h"
 #include "tests/support/Configured.h"
 #include "tests/support/LogCapture.h"
 
@@ -46,9 +51,9 @@ class EveryExecutor : public testing::TestWithParam<Executor> {};
 INSTANTIATE_TEST_SUITE_P(Executors, EveryExecutor, testing::ValuesIn(executors()), nameOf);
 
 TEST_P(EveryExecutor, OnEveryPlatform_SendsItsDocumentToTheByte) {
-  const std::string document = golden(std::string(GetParam().name) + ".xml");
-  ASSERT_FALSE(document.empty());
   for (const char* platform : {"standard", "qvm1", "qvm2", "qvm3"}) {
+    const std::string document = goldenOn(platform, GetParam().name);
+    ASSERT_FALSE(document.empty());
     const Configured configured({std::string("supervisor.platform=") + platform});
     const ScriptedBlades blades;
     const Outcome outcome = runExecutor(GetParam());
@@ -242,6 +247,50 @@ void zoneOutsideTheFolder(Config& target) {
   target.set(comm::DateTimeMo::kTimeZone.id, Value(base::String("../zoneinfo/UTC")));
 }
 
+/// Takes the children of a class away.
+template <std::uint32_t kClass>
+void drop(Config& target) {
+  zan_serviceOrchAG::dropChildren(target, kClass);
+}
+
+/// Sets or unsets a property of the children of a class.
+template <std::uint32_t kClass, auto kProperty, auto kValue>
+void setOf(Config& target) {
+  changeChildren(target, kClass, [](Config& child) { child.set(kProperty->id, Value(kValue)); });
+}
+template <std::uint32_t kClass, auto kProperty>
+void unsetOf(Config& target) {
+  changeChildren(target, kClass, unset<kProperty>);
+}
+
+void installJob(Config& target) {
+  target.set(sd::AppInstanceMo::kJobType.id, Value(std::uint8_t{1}));
+}
+void noAppAndInstallJob(Config& target) {
+  drop<kApp>(target);
+  installJob(target);
+}
+void noDeviceAndInstallJob(Config& target) {
+  drop<kLdu>(target);
+  installJob(target);
+}
+void noLinks(Config& target) {
+  changeChildren(target, kLdu, dropChildren);
+}
+void keepClusterLinks(Config& target) {
+  keepLinks(target, 2);
+}
+void noPortOfClusterLink(Config& target) {
+  changeLinks(target, 2, unset<&sd::ExternalLduLinkMo::kPortName>);
+}
+void noPortOfManagementLink(Config& target) {
+  changeLinks(target, 1, unset<&sd::ExternalLduLinkMo::kPortName>);
+}
+void keepDirectLinksWithoutCluster(Config& target) {
+  keepLinks(target, 3);
+  drop<kCluster>(target);
+}
+
 constexpr Refusal kRefusals[] = {
     {"install", "NoTarget", nothing, "INSTALLAPP:: AppInstanceMo is missing",
      "INSTALLAPP : cannot find AppInstanceMo"},
@@ -279,6 +328,73 @@ constexpr Refusal kRefusals[] = {
      "UPGRADEAPP: slot[3]: appInstanceId [a1]: upgradeTimeout : missing"},
     {"upgrade", "DiskZero", diskZero, "UPGRADEAPP:: reqDataHdd is missing",
      "UPGRADEAPP: slot[3]: appInstanceId[a1]: reqDataHdd : missing"},
+    {"start", "NoTarget", nothing, "STARTAPP:: AppInstanceMo is missing",
+     "STARTAPP : cannot find AppInstanceMo"},
+    {"start", "TargetOfAnotherClass", anotherClass, "STARTAPP:: AppInstanceMo is missing",
+     "STARTAPP : cannot find AppInstanceMo"},
+    {"start", "NeitherDeviceNorApp", dropChildren, "STARTAPP:: LduMo is missing",
+     "STARTAPP: cannot find LduMo"},
+    {"start", "NoDeviceAndAnotherJob", noDeviceAndInstallJob, "STARTAPP:: LduMo is missing",
+     "STARTAPP: cannot find LduMo"},
+    {"start", "NoAppAndAnotherJob", noAppAndInstallJob, "STARTAPP:: AppMo is missing",
+     "STARTAPP : cannot find AppMo"},
+    {"start", "AnotherJob", installJob, "STARTAPP: Job type is wrong.", nullptr},
+    {"start", "NoJob", unset<&sd::AppInstanceMo::kJobType>, "STARTAPP: Job type is wrong.",
+     nullptr},
+    {"start", "IdZero", idZero, "STARTAPP:: appInstanceId is missing.",
+     "STARTAPP: slot[3]: appInstanceId : missing"},
+    {"start", "NoId", unset<&sd::AppInstanceMo::kAppInstanceId>,
+     "STARTAPP:: appInstanceId is missing.", "STARTAPP: slot[3]: appInstanceId : missing"},
+    {"start", "NoResource", drop<kResource>, "STARTAPP:: reqCpuCores core is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: reqCpuCores : missing"},
+    {"start", "CoresZero", setOf<kResource, &sd::ResourceMo::kReqCpuCores, 0U>,
+     "STARTAPP:: reqCpuCores core is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: reqCpuCores : missing"},
+    {"start", "RamZero", setOf<kResource, &sd::ResourceMo::kMaxAllowedRam, 0U>,
+     "STARTAPP:: maxAllowedRam is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: maxAllowedRam : missing"},
+    {"start", "NoRam", unsetOf<kResource, &sd::ResourceMo::kMaxAllowedRam>,
+     "STARTAPP:: maxAllowedRam is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: maxAllowedRam : missing"},
+    {"start", "DiskZero", setOf<kResource, &sd::ResourceMo::kReqDataHdd, 0U>,
+     "STARTAPP:: reqDataHdd is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: reqDataHdd : missing"},
+    {"start", "NoLinks", noLinks, "STARTAPP:: reqDataVnics is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: reqDataVnics : missing"},
+    {"startVdp", "ClusterLinkWithoutPort", noPortOfClusterLink,
+     "STARTAPP:: clusterBootstrap: Cluster portName is missing.", "STARTAPP: portName: missing"},
+    {"start", "NoManagementLink", keepClusterLinks,
+     "STARTAPP:: clusterMgmtBootstrap: Management portName is missing.",
+     "STARTAPP: portName: missing"},
+    {"startVdp", "NoManagementLink", keepClusterLinks,
+     "STARTAPP:: clusterMgmtBootstrap: Management portName is missing.",
+     "STARTAPP: portName: missing"},
+    {"start", "ManagementLinkWithoutPort", noPortOfManagementLink,
+     "STARTAPP:: clusterMgmtBootstrap: Management portName is missing.",
+     "STARTAPP: portName: missing"},
+    {"start", "NeitherClusterNorManagementLink", keepDirectLinksWithoutCluster,
+     "STARTAPP:: mgmtBootstrap: portName is missing.", "STARTAPP: portName: missing"},
+    {"start", "UnknownDeployType", setOf<kApp, &sm::AppMo::kDeployType, std::uint8_t{4}>,
+     "STARTAPP:: interfaceList deploy type is unknown.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: interfaceList: type = unknown"},
+    {"startVdp", "NoDeployType", unsetOf<kApp, &sm::AppMo::kDeployType>,
+     "STARTAPP:: interfaceList deploy type is unknown.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: interfaceList: type = unknown"},
+    {"start", "NoBootstrapVersion", unset<&sd::AppInstanceMo::kMgmtBootstrapVersion>,
+     "STARTAPP:: mgmtBootstrapVersion is missing.",
+     "STARTAPP: appInstanceId[a1]: slot[3]: mgmtBootstrapVersion : missing"},
+    {"start", "NoChassis", drop<kChassis>, "STARTAPP:: chassis serial number is missing.",
+     "STARTAPP: chassis: missing for appInstanceId[a1]."},
+    {"start", "ChassisWithoutSerial", unsetOf<kChassis, &sd::ChassisMo::kSerial>,
+     "STARTAPP:: chassis serial number is missing.",
+     "STARTAPP: chassis: missing for appInstanceId[a1]."},
+    {"start", "NoBlade", drop<kBlade>, "STARTAPP:: blade serial number is missing.",
+     "STARTAPP: blade: missing for appInstanceId[a1]."},
+    {"start", "BladeWithoutSerial", unsetOf<kBlade, &sd::BladeMo::kSerial>,
+     "STARTAPP:: blade serial number is missing.",
+     "STARTAPP: blade: missing for appInstanceId[a1]."},
+    {"start", "SlotZero", unset<&sd::AppInstanceMo::kSlotId>, "STARTAPP:: slot id is missing.",
+     "STARTAPP: slot: missing for appInstanceId[a1]."},
     {"stop", "NoTarget", nothing, "STOPAPP:: AppInstanceMo is missing",
      "STOPAPP : cannot find AppInstanceMo"},
     {"stop", "AnotherJob", anotherJob, "STOPAPP:: Job type is wrong.", nullptr},
@@ -375,6 +491,111 @@ const std::vector<Story>& stories() {
        "UPGRADEAPP: Upgrade message message Request/Response between ServiceOrchAG and SMA failed "
        "for slot 3.",
        "UPGRADEAPP:: "},
+      {"start",
+       {{1, "", "STARTAPP: appInstanceId = a1 "},
+        {1, "", "STARTAPP: request type: startAppRequest"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:2], "
+         "[Adaptor2:Index2]:[2:3]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[2], VnicIndex2:[3]"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:10], "
+         "[Adaptor2:Index2]:[2:11]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[10], VnicIndex2:[11]"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:48], "
+         "[Adaptor2:Index2]:[2:49]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[48], VnicIndex2:[49]"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:20], "
+         "[Adaptor2:Index2]:[2:21]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[20], VnicIndex2:[21]"},
+        {1, "",
+         "STARTAPP: AppLDULink : reqDataVnics : [Adaptor1:Index1]:[1:2], [Adaptor2:Index2]:[2:30]"},
+        {1, "", "STARTAPP: AppLDULink : reqDataVnics : VnicIndex1:[2], VnicIndex2:[30]"},
+        {1, "", "STARTAPP: reqDataVnics : [10,11,2,20,21,3,30,48,49]"},
+        {0, "convertMacAddress", "convertMacAddress: aOutMac: 0011.2233.aabb"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:10], "
+         "[Adaptor2:Index2]:[2:11]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[10], VnicIndex2:[11]"},
+        {0, "convertMacAddress", "convertMacAddress: aOutMac: 0011.2233.aabb"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:2], "
+         "[Adaptor2:Index2]:[2:3]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[2], VnicIndex2:[3]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:20], "
+         "[Adaptor2:Index2]:[2:21]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[20], VnicIndex2:[21]"},
+        {0, "convertMacAddress", "convertMacAddress: aOutMac: 0000.0000.00ff"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:48], "
+         "[Adaptor2:Index2]:[2:49]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[48], VnicIndex2:[49]"},
+        {4, "", "STARTAPP: xml request = " + golden("start.xml")}},
+       "STARTAPP: 100 : Start message sent to SMA with success request / response for slot 3.",
+       "STARTAPP: Start message Request/Response between ServiceOrchAG and SMA failed for slot 3.",
+       "STARTAPP:: "},
+      {"startVdp",
+       {{1, "", "STARTAPP: appInstanceId = a1 "},
+        {1, "", "STARTAPP: request type: startAppRequest"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:2], "
+         "[Adaptor2:Index2]:[2:3]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[2], VnicIndex2:[3]"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:10], "
+         "[Adaptor2:Index2]:[2:11]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[10], VnicIndex2:[11]"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:48], "
+         "[Adaptor2:Index2]:[2:49]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[48], VnicIndex2:[49]"},
+        {1, "",
+         "STARTAPP: ExternalLDULink : reqDataVnics : [Adaptor1:Index1]:[1:20], "
+         "[Adaptor2:Index2]:[2:21]"},
+        {1, "", "STARTAPP: ExternalLDULink : reqDataVnics : VnicIndex1:[20], VnicIndex2:[21]"},
+        {1, "",
+         "STARTAPP: AppLDULink : reqDataVnics : [Adaptor1:Index1]:[1:2], [Adaptor2:Index2]:[2:30]"},
+        {1, "", "STARTAPP: AppLDULink : reqDataVnics : VnicIndex1:[2], VnicIndex2:[30]"},
+        {1, "", "STARTAPP: reqDataVnics : [10,11,2,20,21,3,30,48,49]"},
+        {1, "", "STARTAPP: vdp : bladeVnic : [Adaptor1:Index1]:[1:48]"},
+        {1, "getInterfaceList",
+         "STARTAPP: interfaceList :InternalMgmtBootstrap : bladeVnic : [Adaptor:Index]:[2:60]"},
+        {1, "getInterfaceList",
+         "STARTAPP: interfaceList : InternalMgmtBootstrap : bladeVnic : VnicIndex:[60]"},
+        {0, "convertMacAddress", "convertMacAddress: aOutMac: 00aa.bbcc.ddee"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:10], "
+         "[Adaptor2:Index2]:[2:11]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[10], VnicIndex2:[11]"},
+        {0, "convertMacAddress", "convertMacAddress: aOutMac: 0011.2233.aabb"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:2], "
+         "[Adaptor2:Index2]:[2:3]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[2], VnicIndex2:[3]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:20], "
+         "[Adaptor2:Index2]:[2:21]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[20], VnicIndex2:[21]"},
+        {0, "convertMacAddress", "convertMacAddress: aOutMac: 0000.0000.00ff"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : [Adaptor1:Index1]:[1:48], "
+         "[Adaptor2:Index2]:[2:49]"},
+        {1, "getInterfaceList",
+         "STARTAPP: ExternalLduLink: interfaceList : interface : VnicIndex1:[48], VnicIndex2:[49]"},
+        {4, "", "STARTAPP: xml request = " + golden("startVdp.xml")}},
+       "STARTAPP: 100 : Start message sent to SMA with success request / response for slot 3.",
+       "STARTAPP: Start message Request/Response between ServiceOrchAG and SMA failed for slot 3.",
+       "STARTAPP:: "},
       {"stop",
        {{1, "", "STOPAPP: appInstanceId = a1 "},
         {1, "", "STOPAPP: request type: stopAppRequest"},
@@ -523,12 +744,6 @@ TEST_P(ExecutorStory, FailedSend_ReportsItsStatus) {
 }
 
 // ----- Values ----------------------------------------------------------------------------------
-
-std::string sentDocument(const char* executor, const Config& target) {
-  const ScriptedBlades blades;
-  runExecutor(executorNamed(executor), target);
-  return blades.sent().empty() ? "" : blades.sent().front().document;
-}
 
 TEST(Install, DeployTypes_HaveTheirTexts) {
   const std::vector<std::pair<std::uint8_t, std::string>> rows{
