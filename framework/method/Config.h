@@ -60,6 +60,8 @@ class Config {
 class ConfigSet {
  public:
   void append(Config config) { configs_.push_back(std::move(config)); }
+  /// Makes room for so many configurations.
+  void reserve(std::size_t configs) { configs_.reserve(configs); }
   const std::vector<Config>& configs() const { return configs_; }
   std::size_t size() const { return configs_.size(); }
 

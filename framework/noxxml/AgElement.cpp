@@ -44,16 +44,6 @@ AgElement* AgElement::findChild(const base::String& name) const {
   return child;
 }
 
-AgElement* AgElement::findLastChild(const base::String& name) const {
-  AgElement* found = nullptr;
-  for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {
-    if (child->name_ == name.view()) {
-      found = child;
-    }
-  }
-  return found;
-}
-
 std::vector<AgElement*> AgElement::findChildren(const base::String& name) const {
   std::vector<AgElement*> found;
   for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {

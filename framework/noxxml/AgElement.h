@@ -33,7 +33,15 @@ class AgElement {
   // The first direct child of that name, or null.
   AgElement* findChild(const base::String& name) const;
   // The last direct child of that name, or null.
-  AgElement* findLastChild(const base::String& name) const;
+  AgElement* findLastChild(const base::String& name) const {
+    AgElement* found = nullptr;
+    for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {
+      if (child->name_ == name.view()) {
+        found = child;
+      }
+    }
+    return found;
+  }
   // All direct children of that name in document order.
   std::vector<AgElement*> findChildren(const base::String& name) const;
   // All elements of that name below this one, at any depth, in document order; this element

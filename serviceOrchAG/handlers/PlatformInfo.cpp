@@ -214,6 +214,7 @@ method::ConfigSet readDisks(const RequestTree& document, MonitorMo& monitor) {
   if (found.empty()) {
     MsgHandler::missingTagError(names().disk.str(), commandName());
   }
+  disks.reserve(found.size());
   for (const AgElement* disk : found) {
     disks.append(readDisk(document.tagsOf(*disk)));
   }
@@ -288,6 +289,7 @@ method::ConfigSet readAppInstances(const RequestTree& document) {
   if (found.empty()) {
     MsgHandler::missingTagError(names().application.str(), commandName());
   }
+  appInstances.reserve(found.size());
   for (const AgElement* application : found) {
     appInstances.append(readAppInstance(document.tagsOf(*application)));
   }
