@@ -147,7 +147,7 @@ Rows oddHeartbeats() {
   };
 }
 
-Rows oddPlatformReports() {
+Rows oddPlatformDocuments() {
   constexpr auto kBase = BaseRequest::Platform;
   return {
       {"platform-wrong-action", kBase, command("platformInfo.set")},
@@ -159,7 +159,12 @@ Rows oddPlatformReports() {
       {"platform-oversized", kBase, longText("application/hotfixes", kOversize)},
       {"platform-empty-values", kBase, allValues(makeEmpty)},
       {"platform-blank-values", kBase, allValues(addBlanks)},
+  };
+}
 
+Rows oddPlatformGroups() {
+  constexpr auto kBase = BaseRequest::Platform;
+  return {
       {"platform-no-os-version", kBase, without("OsVersion")},
       {"platform-no-uptime", kBase, without("Sysuptime")},
       {"platform-no-cpu", kBase, without("Cpu")},
@@ -176,7 +181,12 @@ Rows oddPlatformReports() {
       {"platform-two-memory-inner", kBase, twice("Memory/minus1")},
       {"platform-two-apps-memory-inner", kBase, twice("AppsMemory/CurrentSnapshot")},
       {"platform-two-disk-inner", kBase, twice("DiskFilesystem/minus1")},
+  };
+}
 
+Rows oddPlatformNumbers() {
+  constexpr auto kBase = BaseRequest::Platform;
+  return {
       {"platform-no-load-1", kBase, without("Cpu/minus1")},
       {"platform-no-load-5", kBase, without("Cpu/minus5")},
       {"platform-no-load-15", kBase, without("Cpu/minus15")},
@@ -193,7 +203,12 @@ Rows oddPlatformReports() {
       {"platform-memory-negative", kBase, text("Memory/minus1/MemTotalKB", "-1")},
       {"platform-memory-fraction", kBase, text("Memory/minus1/MemTotalKB", "1.5")},
       {"platform-memory-overflow", kBase, text("Memory/minus1/MemTotalKB", "4294967296")},
+  };
+}
 
+Rows oddDisks() {
+  constexpr auto kBase = BaseRequest::Platform;
+  return {
       {"platform-no-disks", kBase, without("DiskFilesystem/minus1/Disk")},
       {"platform-thousand-disks", kBase, repeated("DiskFilesystem/minus1/Disk", kThousand)},
       {"platform-no-disk-name", kBase, without("DiskFilesystem/minus1/Disk/DiskName")},
@@ -205,7 +220,12 @@ Rows oddPlatformReports() {
       {"platform-disk-overflow", kBase,
        text("DiskFilesystem/minus1/Disk/DiskTotalKB", "99999999999999999999")},
       {"platform-hostile-disk-name", kBase, text("DiskFilesystem/minus1/Disk/DiskName", kHostile)},
+  };
+}
 
+Rows oddApplications() {
+  constexpr auto kBase = BaseRequest::Platform;
+  return {
       {"platform-no-applications", kBase, without("application")},
       {"platform-twin-applications", kBase, twice("application")},
       {"platform-thousand-applications", kBase, repeated("application", kThousand)},
@@ -287,7 +307,8 @@ Rows oddProgress() {
 
 Rows joined() {
   Rows all = oddHeartbeats();
-  for (Rows rows : {oddPlatformReports(), oddAppFailures(), oddProgress()}) {
+  for (Rows rows : {oddPlatformDocuments(), oddPlatformGroups(), oddPlatformNumbers(), oddDisks(),
+                    oddApplications(), oddAppFailures(), oddProgress()}) {
     std::move(rows.begin(), rows.end(), std::back_inserter(all));
   }
   return all;

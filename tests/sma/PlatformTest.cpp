@@ -23,12 +23,12 @@ std::vector<std::string> idsOf(const std::vector<AppInstance>& apps) {
 }
 
 /// What a kernel would show: the demand, damped exponentially over the window since long ago.
-double integratedLoad(const BladePlatform& platform, double window, seconds end) {
-  constexpr double kStep = 0.25;
+double integratedLoad(const BladePlatform& platform, double windowSeconds, seconds end) {
+  constexpr milliseconds kStep(250);
+  const double weight = 1 - std::exp(-0.25 / windowSeconds);
   double average = platform.demand(seconds(0));
-  for (double time = 0; time < static_cast<double>(end.count()); time += kStep) {
-    const auto middle = milliseconds(static_cast<std::int64_t>((time + kStep / 2) * 1000));
-    average += (platform.demand(middle) - average) * (1 - std::exp(-kStep / window));
+  for (milliseconds time(0); time < end; time += kStep) {
+    average += (platform.demand(time + kStep / 2) - average) * weight;
   }
   return average;
 }
