@@ -146,7 +146,7 @@ constexpr std::array kKeys = {
               "Address of the application gateway that applications are told."},
     ConfigKey{"address.app_ag_second",
               TextRule{&V::appAgSecondAddress, isIpv4AndPort, kIpv4AndPort}, false,
-              "The same on the other supervisor."},
+              "The same for applications with an internal management interface."},
     ConfigKey{"address.app_ag_heartbeat",
               TextRule{&V::appAgHeartbeatAddress, isIpv4AndPort, kIpv4AndPort}, false,
               "Address to which applications send their heartbeats."},
