@@ -9,6 +9,8 @@
 namespace dme {
 namespace {
 
+using namespace std::string_literals;
+
 using dme_test::Lines;
 using sm::AppInstanceMo;
 
@@ -205,7 +207,7 @@ TEST_F(AppInstancesTest, OneIdentifierInTwoSlots_IsTheBelievedOneElseRefused) {
 }
 
 TEST_F(AppInstancesTest, HostileIdentifiers_StayOneStepOfAName) {
-  const std::string hostile("../slot-3/app-a1\0\n\xff%", 20);
+  const std::string hostile = "../slot-3/app-a1\0\n\xff%"s;
   const std::string longest(255, '/');
   ASSERT_TRUE(
       record({instance(hostile), instance("a/b"), instance("a%2Fb"), instance(longest)}, kNow, 7));

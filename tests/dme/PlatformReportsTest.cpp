@@ -9,6 +9,8 @@
 namespace dme {
 namespace {
 
+using namespace std::string_literals;
+
 using dme_test::Lines;
 using sm::DiskFileSystemMo;
 using sm::MonitorMo;
@@ -131,7 +133,7 @@ TEST_F(PlatformReportsTest, MegabyteText_IsCutAndCounted) {
 }
 
 TEST_F(PlatformReportsTest, HostileTexts_ComeBackAsTheyWere) {
-  const std::string hostile("a\0'\"\xff\xc3/../\n%s", 15);
+  const std::string hostile = "a\0'\"\xff\xc3/../\n%s"s;
   ASSERT_TRUE(record(monitor(hostile), setOf({disk(hostile)})));
   open();
   EXPECT_EQ(store_->find(mo::Dn(std::string(kSlot) + "/monitor"))->get(MonitorMo::kOsVersion),
