@@ -38,7 +38,7 @@ std::vector<AgElement*> AgElement::children() const {
 
 AgElement* AgElement::findChild(const base::String& name) const {
   AgElement* child = firstChild_;
-  while (child != nullptr && child->name_ != name.view()) {
+  while (child != nullptr && !isSameName(child->name_, name.view())) {
     child = child->nextSibling_;
   }
   return child;
@@ -47,7 +47,7 @@ AgElement* AgElement::findChild(const base::String& name) const {
 std::vector<AgElement*> AgElement::findChildren(const base::String& name) const {
   std::vector<AgElement*> found;
   for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {
-    if (child->name_ == name.view()) {
+    if (isSameName(child->name_, name.view())) {
       found.push_back(child);
     }
   }
@@ -57,10 +57,22 @@ std::vector<AgElement*> AgElement::findChildren(const base::String& name) const 
 std::vector<AgElement*> AgElement::xmlFindAllElementsCb(const base::String& name) const {
   std::vector<AgElement*> found;
   const std::string_view wanted = name.view();
-  for (AgElement* each = firstChild_; each != nullptr; each = each->nextWithin(this)) {
-    if (each->name_ == wanted) {
+  AgElement* each = firstChild_;
+  while (each != nullptr) {
+    if (isSameName(each->name_, wanted)) {
       found.push_back(each);
     }
+    if (each->firstChild_ != nullptr) {
+      each = each->firstChild_;
+      continue;
+    }
+    while (each->nextSibling_ == nullptr) {
+      each = each->parent_;
+      if (each == this) {
+        return found;
+      }
+    }
+    each = each->nextSibling_;
   }
   return found;
 }

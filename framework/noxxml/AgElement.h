@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "framework/base/String.h"
+#include "framework/noxxml/SameName.h"
 
 namespace noxxml {
 
@@ -36,7 +37,7 @@ class AgElement {
   AgElement* findLastChild(const base::String& name) const {
     AgElement* found = nullptr;
     for (AgElement* child = firstChild_; child != nullptr; child = child->nextSibling_) {
-      if (child->name_ == name.view()) {
+      if (isSameName(child->name_, name.view())) {
         found = child;
       }
     }
@@ -50,8 +51,8 @@ class AgElement {
 
  private:
   friend class AgFactory;
+  friend class Importer;
   friend class XMLConverter;
-  friend class PlainParser;
   friend class Writer;
 
   struct Attribute {
@@ -63,17 +64,6 @@ class AgElement {
   AgElement(std::string_view name, std::string_view text) noexcept : name_(name), text_(text) {}
 
   Attribute* findAttribute(std::string_view name) const noexcept;
-  // The element after this one in document order within the tree under `top`, or null.
-  AgElement* nextWithin(const AgElement* top) const noexcept {
-    if (firstChild_ != nullptr) {
-      return firstChild_;
-    }
-    const AgElement* at = this;
-    while (at != top && at->nextSibling_ == nullptr) {
-      at = at->parent_;
-    }
-    return at == top ? nullptr : at->nextSibling_;
-  }
 
   // Everything below lies in the factory's memory and needs no destruction.
   std::string_view name_;

@@ -1,25 +1,18 @@
 #include "framework/noxxml/AgFactory.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
 namespace noxxml {
 
-AgElement* AgFactory::createElement(std::string_view name, std::string_view text,
-                                    AgElement* parent) {
-  void* const place = memory_.allocate(sizeof(AgElement), alignof(AgElement));
-  auto* const element = new (place) AgElement(name, text);
-  if (parent == nullptr) {
-    return element;
-  }
-  element->parent_ = parent;
-  if (parent->lastChild_ == nullptr) {
-    parent->firstChild_ = element;
-  } else {
-    parent->lastChild_->nextSibling_ = element;
-  }
-  parent->lastChild_ = element;
-  return element;
+void AgFactory::makeRoom(unsigned size) {
+  constexpr unsigned kFirst = 4;
+  constexpr unsigned kMost = 256;
+  roomSize_ = std::max(size, std::clamp(2 * roomSize_, kFirst, kMost));
+  unused_ = roomSize_;
+  room_ =
+      static_cast<AgElement*>(memory_.allocate(roomSize_ * sizeof(AgElement), alignof(AgElement)));
 }
 
 bool AgFactory::createAttribute(AgElement* element, std::string_view name, std::string_view value) {

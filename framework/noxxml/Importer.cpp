@@ -1,22 +1,23 @@
 #include "framework/noxxml/Importer.h"
 
 #include <pugixml.hpp>
+#include <set>
 #include <string>
 
 #include "framework/noxxml/AgFactory.h"
 #include "framework/noxxml/Characters.h"
 #include "framework/noxxml/Limits.h"
-#include "framework/noxxml/PlainParser.h"
 #include "framework/noxxml/PreScan.h"
 
 namespace noxxml {
 namespace {
 
-// The parser keeps elements, attributes and text, nothing else. Blanks are text where an element
-// holds nothing else, and layout between children.
+// The parser keeps elements, attributes and text, nothing else; an element's text as the element's
+// value up to its first child. Blanks are text where an element holds nothing else, and layout
+// between children.
 constexpr unsigned kOptions = pugi::parse_cdata | pugi::parse_escapes |
                               pugi::parse_wconv_attribute | pugi::parse_eol |
-                              pugi::parse_ws_pcdata_single;
+                              pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
 
 // Keeps the search for duplicates, which is quadratic, from being worth an attack.
 constexpr unsigned kMaxAttributes = 64;
@@ -24,49 +25,61 @@ constexpr unsigned kMaxAttributes = 64;
 }  // namespace
 
 // Copies the structure of a parsed document. Names and texts stay where the parser left them,
-// in the factory's copy of the document.
-class Importer::Tree {
+// in the factory's copy of the document. Each look at a node is a call into the parser's library,
+// so there are as few as may be.
+class Importer::Tree final : public pugi::xml_tree_walker {
  public:
-  explicit Tree(AgFactory& factory) noexcept : factory_(factory) {}
+  Tree(AgFactory& factory, bool isPlain, unsigned maxDepth) noexcept
+      : factory_(factory), isPlain_(isPlain), maxDepth_(static_cast<int>(maxDepth)) {}
 
-  // Null when an element has unacceptable attributes. The recursion is as deep as the document,
-  // which the limits bound.
-  AgElement* copy(const pugi::xml_node& node, AgElement* parent) {
-    AgElement* const element = factory_.createElement(legal(node.name()), {}, parent);
-    if (!copyAttributes(node, element)) {
-      return nullptr;
+  // Called for every node in document order. False, which ends the walk, when the document is not
+  // acceptable.
+  bool for_each(pugi::xml_node& node) override {
+    const std::string_view name = node.name();
+    const int level = depth();
+    while (level_ > level) {
+      --level_;
+      parent_ = level_ == 0 ? nullptr : parent_->parent_;
     }
-    std::string_view text;
-    bool isSplit = false;
-    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-      if (child.type() == pugi::node_element) {
-        if (copy(child, element) == nullptr) {
-          return nullptr;
-        }
-      } else if (text.empty()) {
-        text = child.value();
-      } else {
-        isSplit = true;
-      }
+    if (name.empty()) {
+      return joinText(node.parent());
     }
-    factory_.setText(element, legal(isSplit ? joined(node) : text));
-    return element;
+    if (level >= maxDepth_ || (level == 0 && root_ != nullptr)) {
+      return false;
+    }
+    AgElement* const element = factory_.createElement(legal(name), legal(node.value()), parent_);
+    if (root_ == nullptr) {
+      root_ = element;
+    }
+    parent_ = element;  // of the nodes one level below
+    level_ = level + 1;
+    return isPlain_ || copyAttributes(node, element);
   }
+
+  AgElement* root() const noexcept { return root_; }
 
  private:
   std::string_view legal(std::string_view text) {
-    return legalPrefix(text) == text.size() ? text : factory_.copyText(repaired(text));
+    return isPlain_ || legalPrefix(text) == text.size() ? text : factory_.copyText(repaired(text));
   }
 
-  // All pieces of text at once: adding them one by one would be quadratic.
-  std::string_view joined(const pugi::xml_node& node) {
-    std::string text;
+  // Text behind a child, a comment or a section: all the element's pieces, at once, because adding
+  // them one by one would be quadratic.
+  bool joinText(const pugi::xml_node& node) {
+    if (parent_ == nullptr) {
+      return false;
+    }
+    if (!joined_.insert(parent_).second) {
+      return true;
+    }
+    std::string text = node.value();
     for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
       if (child.type() != pugi::node_element) {
         text += child.value();
       }
     }
-    return factory_.copyText(text);
+    AgFactory::setText(parent_, legal(factory_.copyText(text)));
+    return true;
   }
 
   bool copyAttributes(const pugi::xml_node& node, AgElement* element) {
@@ -81,31 +94,29 @@ class Importer::Tree {
   }
 
   AgFactory& factory_;
+  const bool isPlain_;
+  const int maxDepth_;
+  AgElement* root_ = nullptr;
+  AgElement* parent_ = nullptr;  // of a node at level_
+  int level_ = 0;
+  std::set<const AgElement*> joined_;  // those whose text is complete
 };
 
 AgElement* Importer::import(std::string_view text) {
   const Limits bounds = limits();
-  if (text.size() > bounds.maxBytes) {
-    return nullptr;
-  }
-  char* const copy = factory_.copyBytes(text);
-  if (text.size() <= PlainParser::kMostBytes) {
-    PlainParser plain(factory_, {copy, text.size()}, bounds.maxDepth);
-    if (AgElement* const root = plain.parse()) {
-      return root;
-    }
-  }
-  if (!isAdmissible(text, bounds)) {
+  const bool isPlain = isPlainDocument(text, bounds);
+  if (!isPlain && !isAdmissible(text, bounds)) {
     return nullptr;
   }
   // The encoding is fixed: a parser that guesses would see other tags than the pre-scan did.
   pugi::xml_document document;
-  const pugi::xml_parse_result result =
-      document.load_buffer_inplace(copy, text.size(), kOptions, pugi::encoding_utf8);
+  const pugi::xml_parse_result result = document.load_buffer_inplace(
+      factory_.copyBytes(text), text.size(), kOptions, pugi::encoding_utf8);
   if (!result) {
     return nullptr;
   }
-  return Tree(factory_).copy(document.document_element(), nullptr);
+  Tree tree(factory_, isPlain, bounds.maxDepth);
+  return document.traverse(tree) ? tree.root() : nullptr;
 }
 
 }  // namespace noxxml

@@ -1,11 +1,15 @@
 #include "framework/noxxml/PreScan.h"
 
+#include <algorithm>
 #include <cstddef>
+
+#include "framework/noxxml/Characters.h"
 
 namespace noxxml {
 namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::string_view kBlanks = " \t\r\n";
 
 class Scanner {
  public:
@@ -31,7 +35,7 @@ class Scanner {
  private:
   // Only blanks may stand outside the root element.
   bool isTextAllowed(std::string_view text) const noexcept {
-    return depth_ > 0 || text.find_first_not_of(" \t\r\n") == kNone;
+    return depth_ > 0 || text.find_first_not_of(kBlanks) == kNone;
   }
 
   bool skipMarkup() noexcept {
@@ -117,6 +121,29 @@ bool isAdmissible(std::string_view text, const Limits& limits) noexcept {
     return false;
   }
   return Scanner(text, limits).run();
+}
+
+bool isPlainDocument(std::string_view text, const Limits& limits) noexcept {
+  constexpr std::size_t kMostBytes = 65536;
+  if (text.size() > std::min(kMostBytes, limits.maxBytes) || legalPrefix(text) != text.size()) {
+    return false;
+  }
+  std::string_view body = text;
+  if (body.starts_with("<?xml ")) {
+    body.remove_prefix(std::min(body.find("?>"), body.size() - 2) + 2);
+  }
+  const std::size_t first = body.find_first_not_of(kBlanks);
+  if (first == kNone || body[first] != '<') {
+    return false;
+  }
+  for (const char odd : {'!', '?', '&', '='}) {
+    if (body.find(odd) != kNone) {
+      return false;
+    }
+  }
+  // The first '>' behind the last '<' ends the last tag.
+  const std::size_t end = body.find('>', body.rfind('<'));
+  return end != kNone && body.find_first_not_of(kBlanks, end + 1) == kNone;
 }
 
 }  // namespace noxxml

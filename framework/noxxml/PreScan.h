@@ -14,4 +14,11 @@ namespace noxxml {
 // Tags are counted, not matched: whether they nest properly the parser finds out.
 bool isAdmissible(std::string_view text, const Limits& limits) noexcept;
 
+// A quick look that finds the documents that blades send. True when the parser can be left alone
+// with the text, which is admissible if it parses, has one root and is not too deep: it holds legal
+// characters only, no attributes, references, comments or sections, and nothing around the tags of
+// the root but blanks and a declaration. Some admissible documents are not plain. A large one never
+// is, so that its depth is known before the parser builds anything.
+bool isPlainDocument(std::string_view text, const Limits& limits) noexcept;
+
 }  // namespace noxxml

@@ -298,6 +298,11 @@ TEST_F(LimitsTest, EmptyElementAtTheLastLevel_Counts) {
   EXPECT_TRUE(parses("<a><b/><b/><b></b><b/></a>")) << "siblings are not deeper";
 }
 
+TEST_F(LimitsTest, TextAtTheLastLevel_IsNoLevel) {
+  noxxml::setLimits({.maxDepth = 2});
+  EXPECT_EQ(rootText("<a>x<b>y<![CDATA[z]]></b>w</a>"), "xw");
+}
+
 TEST_F(LimitsTest, DepthBomb_IsNull) {
   EXPECT_FALSE(parses(nested(100000)));
   std::string open;

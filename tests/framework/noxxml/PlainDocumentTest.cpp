@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "framework/noxxml/PreScan.h"
 #include "framework/noxxml/XMLConverter.h"
 
 // Plain documents take a way of their own. Every text is read twice: as it is, and behind a
@@ -101,6 +102,36 @@ TEST(PlainDocument, NotQuiteOne_IsNoneEitherWay) {
     EXPECT_EQ(read(text), "none") << text;
     EXPECT_EQ(readTheGeneralWay(text), "none") << text;
   }
+}
+
+TEST(PlainDocument, IsToldFromOthers) {
+  const auto isPlain = [](std::string_view text) {
+    return noxxml::isPlainDocument(text, noxxml::Limits());
+  };
+  for (std::size_t i = 0; i < 6; ++i) {
+    EXPECT_TRUE(isPlain(documents()[i])) << documents()[i];
+  }
+  EXPECT_TRUE(isPlain("<r>\xc3\xa4\r\n</r>"));
+  for (const char* text : {"", "<r", "x<r/>", "<r/>x", "<r/>>", "<!----><r/>", "<r/><?p?>",
+                           "<r>&lt;</r>", "<r a='b'/>", "<?xml", "<?xml version='1.0'?>",
+                           "<?xml ?>x<r/>", "<r>\x01</r>", "<r>\xff</r>"}) {
+    EXPECT_FALSE(isPlain(text)) << text;
+  }
+  EXPECT_FALSE(isPlain(std::string("<r/>\0", 5)));
+  EXPECT_FALSE(isPlain("<r>" + std::string(65536, 'x') + "</r>"));
+  EXPECT_FALSE(noxxml::isPlainDocument("<r/>", {.maxBytes = 3}));
+}
+
+TEST(PlainDocument, DeeperThanTheLimit_IsNoneEitherWay) {
+  std::string text;
+  for (int i = 0; i < 65; ++i) {
+    text = "<a>" + text + "</a>";
+  }
+  EXPECT_EQ(read(text), "none");
+  EXPECT_EQ(readTheGeneralWay(text), "none");
+  text = text.substr(3, text.size() - 7);
+  EXPECT_NE(read(text), "none");
+  EXPECT_EQ(read(text), readTheGeneralWay(text));
 }
 
 TEST(PlainDocument, EveryByteChanged_EitherWayIsTheSame) {
