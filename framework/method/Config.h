@@ -19,6 +19,8 @@ class Config {
   Config() = default;
   Config(std::uint32_t classId, const mo::Dn& dn, std::uint32_t flags = 0)
       : classId_(classId), flags_(flags), dn_(dn) {}
+  Config(std::uint32_t classId, const mo::Dn& dn, ValueMap values, std::uint32_t flags)
+      : classId_(classId), flags_(flags), dn_(dn), values_(std::move(values)) {}
 
   std::uint32_t classId() const { return classId_; }
   std::uint32_t flags() const { return flags_; }
@@ -27,11 +29,13 @@ class Config {
   const ValueMap& values() const { return values_; }
   const std::vector<Config>& children() const { return children_; }
 
-  void set(std::uint32_t propertyId, Value value) { values_.set(propertyId, std::move(value)); }
+  /// `value` is a Value or the content of one.
+  template <class T>
+  void set(std::uint32_t propertyId, T&& value) {
+    values_.set(propertyId, std::forward<T>(value));
+  }
   /// The value, or null when the property is not set.
   const Value* find(std::uint32_t propertyId) const { return values_.find(propertyId); }
-  /// Makes room for so many values.
-  void reserve(std::size_t values) { values_.reserve(values); }
   /// Objects that travel along: what the object resolves and what stands below it. The reference
   /// is valid until the next call.
   Config& addChild(Config child);

@@ -31,6 +31,9 @@ class ValueMap {
   /// `value` is a Value or the content of one.
   template <class T>
   void set(std::uint32_t propertyId, T&& value) {
+    if (entries_.capacity() == 0) {
+      entries_.reserve(kFirst);
+    }
     if (entries_.empty() || entries_.back().first < propertyId) {
       entries_.emplace_back(propertyId, std::forward<T>(value));
       return;
@@ -53,6 +56,15 @@ class ValueMap {
     return true;
   }
 
+  /// Erases every value whose property `isKept` is not true for, asking in ascending order.
+  template <class Predicate>
+  void keepIf(Predicate isKept) {
+    const auto isErased = [&](const Entry& entry) {
+      return !isKept(entry.first);
+    };
+    entries_.erase(std::remove_if(entries_.begin(), entries_.end(), isErased), entries_.end());
+  }
+
   /// Keeps the memory for the next values.
   void clear() { entries_.clear(); }
   void reserve(std::size_t size) { entries_.reserve(size); }
@@ -60,6 +72,9 @@ class ValueMap {
   bool operator==(const ValueMap&) const = default;
 
  private:
+  // Enough for most objects.
+  static constexpr std::size_t kFirst = 6;
+
   static bool isBefore(const Entry& entry, std::uint32_t propertyId) {
     return entry.first < propertyId;
   }

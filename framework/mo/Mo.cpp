@@ -30,37 +30,47 @@ base::String Mo::stringify(std::uint32_t propertyId) const {
 }
 
 method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
-                            unsigned int depth, std::uint32_t flags) const {
-  method::Config config(classId_, dn_, flags);
-  for (std::size_t i = 0; depth > 0 && i < attached_.size(); ++i) {
-    config.addChild(attached_[i]->toConfig(propertyGroup, nullptr, depth - 1, flags));
-  }
-  if (only == nullptr) {
-    config.reserve(values_.size());
-    for (const auto& [propertyId, value] : values_) {
-      if ((groupOf(propertyId) & propertyGroup) != 0) {
-        config.set(propertyId, value);
+                            unsigned int depth, std::uint32_t flags) const& {
+  return packed(values_, propertyGroup, only, depth, flags);
+}
+
+method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
+                            unsigned int depth, std::uint32_t flags) && {
+  return packed(std::move(values_), propertyGroup, only, depth, flags);
+}
+
+method::Config Mo::packed(method::ValueMap values, std::uint32_t propertyGroup,
+                          const ChangeFlags* only, unsigned int depth, std::uint32_t flags) const {
+  const ChangeFlags& wanted = only == nullptr ? changeFlags_ : *only;
+  auto next = wanted.begin();  // both are in ascending order
+  values.keepIf([&](std::uint32_t propertyId) {
+    while (next != wanted.end() && *next < propertyId) {
+      ++next;
+    }
+    const bool isWanted = only == nullptr || (next != wanted.end() && *next == propertyId);
+    return isWanted && isIn(propertyGroup, propertyId);
+  });
+  if (only != nullptr && only->size() != values.size()) {
+    for (const std::uint32_t propertyId : *only) {
+      if (isIn(propertyGroup, propertyId) && values.find(propertyId) == nullptr) {
+        values.set(propertyId, method::Value());
       }
     }
-    return config;
   }
-  config.reserve(only->size());
-  for (const std::uint32_t propertyId : *only) {
-    if ((groupOf(propertyId) & propertyGroup) != 0) {
-      const method::Value* const value = find(propertyId);
-      config.set(propertyId, value != nullptr ? *value : method::Value());
-    }
+  method::Config config(classId_, dn_, std::move(values), flags);
+  for (std::size_t i = 0; depth > 0 && i < attached_.size(); ++i) {
+    config.addChild(attached_[i]->toConfig(propertyGroup, nullptr, depth - 1, flags));
   }
   return config;
 }
 
-std::uint32_t Mo::groupOf(std::uint32_t propertyId) const {
+bool Mo::isIn(std::uint32_t propertyGroup, std::uint32_t propertyId) const {
   const PropertyInfo* const info = classInfo_ != nullptr ? classInfo_->find(propertyId) : nullptr;
-  return info != nullptr ? info->group : kStateGroup;
+  return ((info != nullptr ? info->group : kStateGroup) & propertyGroup) != 0;
 }
 
-void Mo::renew(const Dn& dn) {
-  dn_ = dn;
+void Mo::renew(Dn dn) {
+  dn_ = std::move(dn);
   values_.clear();
   changeFlags_.clear();
   attached_.clear();

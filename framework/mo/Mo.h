@@ -44,7 +44,12 @@ class Mo {
 
   /// Sets the property and marks it changed, also when it has this value already.
   template <class T>
-  void set(const Property<T>& property, std::type_identity_t<T> value) {
+  void set(const Property<T>& property, const std::type_identity_t<T>& value) {
+    values_.set(property.id, value);
+    changeFlags_.mark(property.id);
+  }
+  template <class T>
+  void set(const Property<T>& property, std::type_identity_t<T>&& value) {
     values_.set(property.id, std::move(value));
     changeFlags_.mark(property.id);
   }
@@ -106,7 +111,11 @@ class Mo {
   /// along, each with all its properties of those groups.
   method::Config toConfig(std::uint32_t propertyGroup = kAllGroups,
                           const ChangeFlags* only = nullptr, unsigned int depth = 0,
-                          std::uint32_t flags = 0) const;
+                          std::uint32_t flags = 0) const&;
+  /// The same of an object that is done with: it gives its values away.
+  method::Config toConfig(std::uint32_t propertyGroup = kAllGroups,
+                          const ChangeFlags* only = nullptr, unsigned int depth = 0,
+                          std::uint32_t flags = 0) &&;
 
   /// Frees an object that a handler attached to its request. Null is fine. `flags` is always 0.
   static void deleteObjectByConfig(Mo* object, unsigned int flags);
@@ -119,8 +128,10 @@ class Mo {
  private:
   friend class Pool;
   /// Makes the object what it was when it was new, under another name, in the memory that it has.
-  void renew(const Dn& dn);
-  std::uint32_t groupOf(std::uint32_t propertyId) const;
+  void renew(Dn dn);
+  bool isIn(std::uint32_t propertyGroup, std::uint32_t propertyId) const;
+  method::Config packed(method::ValueMap values, std::uint32_t propertyGroup,
+                        const ChangeFlags* only, unsigned int depth, std::uint32_t flags) const;
 
   const std::uint32_t classId_;
   const ClassInfo* const classInfo_ = nullptr;

@@ -35,7 +35,9 @@ class Pool {
     if (pooled == nullptr) {
       return Lent<Me>(new Me(dn));
     }
-    pooled->renew(dn);
+    if (!dn.empty()) {
+      pooled->renew(dn);
+    }
     return Lent<Me>(checkCast<Me>(pooled));
   }
 };

@@ -50,9 +50,10 @@ const std::string& commandName() {
   return words().platformInfoUpdateName;
 }
 
-method::Config asArgument(const mo::Mo& object) {
+/// The object is done with afterwards.
+method::Config asArgument(mo::Mo& object) {
   constexpr std::uint32_t kFlags = 0x2000;
-  return object.toConfig(mo::kReportGroups, &object.changeFlags(), 0, kFlags);
+  return std::move(object).toConfig(mo::kReportGroups, &object.changeFlags(), 0, kFlags);
 }
 
 // ----- Elements that must occur once ------------------------------------------------------------
