@@ -54,6 +54,21 @@ TEST(ValueMap, WhatIsNotThere_IsNotFoundAndNotErased) {
   EXPECT_TRUE(map.empty());
 }
 
+TEST(ValueMap, KeepIf_AsksInAscendingOrderAndErasesTheRest) {
+  ValueMap map;
+  for (const std::uint32_t id : {4U, 1U, 3U, 2U}) {
+    map.set(id, id);
+  }
+  std::vector<std::uint32_t> asked;
+  map.keepIf([&asked](std::uint32_t id) {
+    asked.push_back(id);
+    return id % 2 == 0;
+  });
+  EXPECT_EQ(asked, (std::vector<std::uint32_t>{1, 2, 3, 4}));
+  EXPECT_EQ(idsOf(map), (std::vector<std::uint32_t>{2, 4}));
+  EXPECT_EQ(*map.find(4), Value(std::uint32_t{4}));
+}
+
 TEST(ValueMap, Equality_ComparesIdsAndValues) {
   ValueMap one;
   one.set(1, true);

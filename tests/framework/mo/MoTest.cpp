@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "framework/filter/Filter.h"
@@ -191,6 +192,15 @@ TEST(ToConfig, ClearedProperty_TravelsWithoutAValue) {
   const Config config = lamp.toConfig(3, &lamp.changeFlags());
   EXPECT_EQ(idsOf(config), (std::vector<std::uint32_t>{0x103}));
   EXPECT_EQ(*config.find(0x103), Value());
+}
+
+TEST(ToConfig, ObjectThatIsDoneWith_GivesItsValuesAway) {
+  LampMo lamp = litLamp();
+  const Config kept = lamp.toConfig(3, &lamp.changeFlags(), 0, 0x2000);
+  const Config given = std::move(lamp).toConfig(3, &lamp.changeFlags(), 0, 0x2000);
+  EXPECT_EQ(given, kept);
+  EXPECT_EQ(idsOf(given), (std::vector<std::uint32_t>{0x101, 0x103, 0x105}));
+  EXPECT_TRUE(lamp.values().empty());
 }
 
 TEST(ToConfig, PlainObject_BelongsToTheStateGroup) {
