@@ -525,6 +525,22 @@ TEST_F(PlatformInfo, DisksElsewhere_AreNoneOfTheFileSystems) {
   EXPECT_EQ(1U, report.disks.size());
 }
 
+TEST_F(PlatformInfo, DeeperElements_CountButForTheFileSystemsOwnChild) {
+  const Report report = reported(
+      reportOf("<x>" + kCpu + "</x><Memory><x>" + kMinus1 + "</x></Memory>" +
+               "<AppsMemory><x><CurrentSnapshot><MemTotalKB>1024</MemTotalKB></CurrentSnapshot></x>"
+               "</AppsMemory>" +
+               disksOf("<x>" + kDisk + "</x>")));
+  EXPECT_EQ(monitorWithout({0x82f, 0x837}), valuesOf(report.monitor));
+  EXPECT_EQ(1U, report.disks.size());
+  const Report without =
+      reported(withDisks("<DiskFilesystem><x><minus1>" + kDisk + "</minus1></x></DiskFilesystem>"));
+  EXPECT_EQ(monitorWithout({0x836}), valuesOf(without.monitor));
+  EXPECT_THAT(
+      complaints(),
+      ElementsAre(own(8, "No <minus1> tag found for DiskFilesystem in platformInfoUpdate.")));
+}
+
 TEST_F(PlatformInfo, NoDocument_IsAnEmptyReport) {
   for (const std::string& document :
        {std::string(), std::string("no document"), std::string("<platformInfoUpdateRequest>"),
