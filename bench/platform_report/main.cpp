@@ -20,6 +20,7 @@
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/load/Statistics.h"
@@ -112,8 +113,9 @@ void read() {
   benchmark::DoNotOptimize(noxxml::XMLConverter(&factory).xmlDeserialize(report()));
 }
 
-method::Config packed(const mo::Mo& object) {
-  return object.toConfig(mo::kReportGroups, &object.changeFlags(), 0, 0x2000);
+method::Config packed(mo::Mo& object) {
+  const mo::ChangeFlags* const changed = &object.changeFlags();
+  return std::move(object).toConfig(mo::kReportGroups, changed, 0, 0x2000);
 }
 
 method::Config disk(int number) {

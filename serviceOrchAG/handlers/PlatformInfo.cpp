@@ -53,7 +53,8 @@ const std::string& commandName() {
 /// The object is done with afterwards.
 method::Config asArgument(mo::Mo& object) {
   constexpr std::uint32_t kFlags = 0x2000;
-  return std::move(object).toConfig(mo::kReportGroups, &object.changeFlags(), 0, kFlags);
+  const mo::ChangeFlags* const changed = &object.changeFlags();
+  return std::move(object).toConfig(mo::kReportGroups, changed, 0, kFlags);
 }
 
 // ----- Elements that must occur once ------------------------------------------------------------

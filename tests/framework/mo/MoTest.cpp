@@ -197,7 +197,8 @@ TEST(ToConfig, ClearedProperty_TravelsWithoutAValue) {
 TEST(ToConfig, ObjectThatIsDoneWith_GivesItsValuesAway) {
   LampMo lamp = litLamp();
   const Config kept = lamp.toConfig(3, &lamp.changeFlags(), 0, 0x2000);
-  const Config given = std::move(lamp).toConfig(3, &lamp.changeFlags(), 0, 0x2000);
+  const mo::ChangeFlags* const changed = &lamp.changeFlags();
+  const Config given = std::move(lamp).toConfig(3, changed, 0, 0x2000);
   EXPECT_EQ(given, kept);
   EXPECT_EQ(idsOf(given), (std::vector<std::uint32_t>{0x101, 0x103, 0x105}));
   EXPECT_TRUE(lamp.values().empty());
