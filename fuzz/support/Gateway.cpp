@@ -26,6 +26,7 @@ Gateway::Gateway(Manner manner) : engine_(manner) {
   [[maybe_unused]] static const bool isSetUp = (setUpProcess(), true);
   QuietChannel::instance().refuseAddresses(manner == Manner::kRefusesAddress);
   QuietChannel::instance().answerClients(std::nullopt);
+  QuietChannel::instance().takeCommands();
   handler_.registerCommands();
 }
 

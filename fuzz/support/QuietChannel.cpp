@@ -29,6 +29,16 @@ std::optional<msglyr::Message> QuietChannel::answer() const {
   return answer_;
 }
 
+void QuietChannel::command(const msglyr::Message& message) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  commands_.push_back(message);
+}
+
+std::vector<msglyr::Message> QuietChannel::takeCommands() {
+  const std::lock_guard<std::mutex> guard(lock_);
+  return std::exchange(commands_, {});
+}
+
 std::size_t QuietChannel::clients() const {
   const std::lock_guard<std::mutex> guard(lock_);
   return clients_;
@@ -103,7 +113,9 @@ class AsyncRouterDealerChannel::Impl {
   }
 
   int send(const Message& message) const {
-    if (!isClient_) {
+    if (isClient_) {
+      QuietChannel::instance().command(message);
+    } else {
       QuietChannel::instance().reply(message);
     }
     return static_cast<int>(message.getnumParts());

@@ -22,6 +22,8 @@ class QuietChannel {
   void refuseAddresses(bool refuse);
   /// From now on, what a client receives; nothing for a blade that does not answer.
   void answerClients(std::optional<msglyr::Message> answer);
+  /// The commands that clients sent since the last call.
+  std::vector<msglyr::Message> takeCommands();
   /// Clients alive now.
   std::size_t clients() const;
 
@@ -36,6 +38,7 @@ class QuietChannel {
   void throwIfRefused() const;
   void reply(const msglyr::Message& message);
   std::optional<msglyr::Message> answer() const;
+  void command(const msglyr::Message& message);
   /// Blocks the worker until there is a request.
   msglyr::Message nextRequest();
 
@@ -51,6 +54,7 @@ class QuietChannel {
   std::optional<msglyr::Message> answer_;
   std::optional<msglyr::Message> request_;
   std::vector<msglyr::Message> replies_;
+  std::vector<msglyr::Message> commands_;
 };
 
 }  // namespace fuzz
