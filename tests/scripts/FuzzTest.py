@@ -110,7 +110,7 @@ class FuzzTest(unittest.TestCase):
     def test_keep_merges_into_the_corpus(self):
         result = self.run_fuzz("--keep", "xml")
         self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertIn(" -merge=1 fuzz/corpus/xml build/fuzz/found/xml", self.calls("fuzz_xml")[1])
+        self.assertIn(" -merge=1 -set_cover_merge=1 -use_counters=0 fuzz/corpus/xml build/fuzz/found/xml", self.calls("fuzz_xml")[1])
         self.assertTrue((self.state / "fuzz/corpus/xml/new").exists())
         self.assertIn("fuzz: xml: 1 inputs are kept\n", result.stdout)
 
