@@ -19,6 +19,19 @@ import harness
 SLOT = "sys/chassis-1/slot-3"
 
 
+PLATFORM = """
+<platformInfoUpdateRequest>
+  <OsVersion>2.4.1</OsVersion>
+  <Cpu><minus1>0.1</minus1></Cpu>
+  <DiskFilesystem><minus1><Disk><DiskName>sda1</DiskName></Disk></minus1></DiskFilesystem>
+  <application>
+    <appInstanceId>a/1</appInstanceId><operStatus>running</operStatus>
+    <installedVersion>1.0</installedVersion>
+  </application>
+</platformInfoUpdateRequest>
+"""
+
+
 class AdminConnection(http.client.HTTPConnection):
     """HTTP over the Unix socket of a state directory."""
 
@@ -253,6 +266,22 @@ class AdminSocketTest(DumpCase):
                          ("alive", "valid", True))
         self.assertEqual((slot["beats"]["lastCount"], slot["beats"]["lastTimer"]), (7, 10))
         self.assertEqual((slot["monitor"], slot["instances"]), (None, []))
+
+    def test_slot_shows_what_its_blade_reported(self):
+        with harness.Blade(3) as blade:
+            blade.register_validly()
+            reply = blade.request("serviceOrchAG.platformInfo.update", PLATFORM)
+            self.assertEqual(reply.message, "OK")
+        slot = self.admin.ask("/api/v1/slots/3")[2]
+        self.assertEqual((slot["monitor"]["osVersion"], slot["monitor"]["cpuMinus1"]),
+                         ("2.4.1", 0.1))
+        self.assertEqual([(disk["dn"], disk["diskName"]) for disk in slot["monitor"]["disks"]],
+                         [(f"{SLOT}/monitor/disk-1", "sda1")])
+        instance, = slot["instances"]
+        self.assertEqual((instance["dn"], instance["source"], instance["installedVersion"]),
+                         (f"{SLOT}/reported-a%2F1", "reported", "1.0"))
+        self.assertEqual([fault["kind"] for fault in instance["faults"]], ["unexpected"])
+        self.assert_dumped(dump(self.zedd, f"{SLOT}/reported-a%2F1"), f"{SLOT}/reported-a%2F1")
 
     def wait_for_beat(self):
         """The slot once the heartbeat, which nobody answers for, has reached the engine."""
