@@ -106,7 +106,7 @@ class Engine {
   std::optional<SlotView> slot(std::uint32_t number) const;
   EngineStatus status() const;
   /// The object `dn` and those below it as ObjectStore::view() shows them. Of a whole tree this
-  /// takes about a microsecond an object, in which the engine's thread waits.
+  /// takes one to four microseconds an object, in which the engine's thread waits.
   std::vector<ObjectView> model(const mo::Dn& dn) const;
 
  private:

@@ -86,6 +86,7 @@ std::string nameOfPresence(std::string_view property) {
 
 ObjectView Object::view() const {
   ObjectView view{dn_.text().str(), std::string(class_->name), {}};
+  view.values.reserve(class_->properties.size());
   for (const mo::PropertyInfo& info : class_->properties) {
     const method::Value* const value = values_.find(info.id);
     if (info.group == mo::kSecretGroup) {
