@@ -56,6 +56,7 @@ void setUpBounds() {
   noxxml::Limits limits;
   limits.maxBytes = config().getXmlMaxBytes();
   limits.maxDepth = config().getXmlMaxDepth();
+  limits.maxElements = config().getXmlMaxElements();
   noxxml::setLimits(limits);
 }
 

@@ -138,6 +138,8 @@ constexpr std::array kKeys = {
               "Interval of the transport's own heartbeats, which find peers that are gone."},
     ConfigKey{"xml.max_depth", NumberRule{&V::xmlMaxDepth, 1, 1000, "levels"}, false,
               "Deepest nesting of a document that is parsed."},
+    ConfigKey{"xml.max_elements", NumberRule{&V::xmlMaxElements, 1, 1000000, "elements"}, false,
+              "Most elements of a document that is parsed."},
     ConfigKey{"xml.max_bytes", NumberRule{&V::xmlMaxBytes, 1024, 64 * kMebibyte, "bytes"}, false,
               "Largest document that is parsed."},
     ConfigKey{"address.tftp", TextRule{&V::tftpAddress, isInternalIpv4, "an internal IPv4 address"},

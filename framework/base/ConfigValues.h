@@ -33,6 +33,7 @@ struct ConfigValues {
   std::int64_t messageHeartbeatMs = 10000;
 
   std::int64_t xmlMaxDepth = 64;
+  std::int64_t xmlMaxElements = 16384;
   std::int64_t xmlMaxBytes = 1048576;
 
   std::string tftpAddress = "127.128.254.1";

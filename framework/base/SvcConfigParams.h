@@ -89,6 +89,7 @@ class SvcConfigParams {
   }
 
   unsigned getXmlMaxDepth() const { return static_cast<unsigned>(values_.xmlMaxDepth); }
+  std::size_t getXmlMaxElements() const { return static_cast<std::size_t>(values_.xmlMaxElements); }
   std::size_t getXmlMaxBytes() const { return static_cast<std::size_t>(values_.xmlMaxBytes); }
 
   // A dotted IPv4 address without a port.

@@ -29,8 +29,11 @@ constexpr unsigned kMaxAttributes = 64;
 // so there are as few as may be.
 class Importer::Tree final : public pugi::xml_tree_walker {
  public:
-  Tree(AgFactory& factory, bool isPlain, unsigned maxDepth) noexcept
-      : factory_(factory), isPlain_(isPlain), maxDepth_(static_cast<int>(maxDepth)) {}
+  Tree(AgFactory& factory, bool isPlain, const Limits& limits) noexcept
+      : factory_(factory),
+        isPlain_(isPlain),
+        maxDepth_(static_cast<int>(limits.maxDepth)),
+        elementsLeft_(limits.maxElements) {}
 
   // Called for every node in document order. False, which ends the walk, when the document is not
   // acceptable.
@@ -44,9 +47,10 @@ class Importer::Tree final : public pugi::xml_tree_walker {
     if (name.empty()) {
       return joinText(node.parent());
     }
-    if (level >= maxDepth_ || (level == 0 && root_ != nullptr)) {
+    if (level >= maxDepth_ || (level == 0 && root_ != nullptr) || elementsLeft_ == 0) {
       return false;
     }
+    --elementsLeft_;
     AgElement* const element = factory_.createElement(legal(name), legal(node.value()), parent_);
     if (root_ == nullptr) {
       root_ = element;
@@ -96,6 +100,7 @@ class Importer::Tree final : public pugi::xml_tree_walker {
   AgFactory& factory_;
   const bool isPlain_;
   const int maxDepth_;
+  std::size_t elementsLeft_;
   AgElement* root_ = nullptr;
   AgElement* parent_ = nullptr;  // of a node at level_
   int level_ = 0;
@@ -115,7 +120,7 @@ AgElement* Importer::import(std::string_view text) {
   if (!result) {
     return nullptr;
   }
-  Tree tree(factory_, isPlain, bounds.maxDepth);
+  Tree tree(factory_, isPlain, bounds);
   return document.traverse(tree) ? tree.root() : nullptr;
 }
 

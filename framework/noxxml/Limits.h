@@ -4,12 +4,14 @@
 
 namespace noxxml {
 
-// What a document may be before it is parsed at all. A larger or deeper one counts as
-// unparsable.
+// What a document may be. One that is larger, deeper or of more elements counts as unparsable.
 struct Limits {
   std::size_t maxBytes = 1048576;
   // Levels of nested elements; a root alone has one. At most kMaxDepth.
   unsigned maxDepth = 64;
+  // A megabyte holds a quarter of a million elements of the shortest kind, each of which can cost a
+  // reader a line of the log.
+  std::size_t maxElements = 16384;
 
   static constexpr unsigned kMaxDepth = 1000;
 };

@@ -80,10 +80,11 @@ class Scanner {
       return false;
     }
     const std::size_t end = endOfStartTag();
-    if (end == kNone || depth_ >= limits_.maxDepth) {
+    if (end == kNone || depth_ >= limits_.maxDepth || elements_ >= limits_.maxElements) {
       return false;
     }
     rootSeen_ = true;
+    ++elements_;
     if (rest_[end - 1] != '/') {
       ++depth_;
     }
@@ -111,6 +112,7 @@ class Scanner {
   std::string_view rest_;
   const Limits& limits_;
   std::size_t depth_ = 0;
+  std::size_t elements_ = 0;
   bool rootSeen_ = false;
 };
 

@@ -68,6 +68,7 @@ TEST_F(SvcConfigParamsTest, NothingLoaded_HasTheDefaults) {
   EXPECT_EQ(config_.getMessageHandshake(), 2000ms);
   EXPECT_EQ(config_.getMessageHeartbeat(), 10000ms);
   EXPECT_EQ(config_.getXmlMaxDepth(), 64u);
+  EXPECT_EQ(config_.getXmlMaxElements(), 16384u);
   EXPECT_EQ(config_.getXmlMaxBytes(), 1048576u);
   EXPECT_EQ(config_.getTftpAddress(), "127.128.254.1");
   EXPECT_EQ(config_.getAppAgAddress(), "127.128.254.1:5556");
@@ -103,6 +104,7 @@ handshake_ms = 12
 heartbeat_ms = 13
 [xml]
 max_depth = 14
+max_elements = 15
 max_bytes = 4096
 [address]
 tftp = "10.1.2.3"
@@ -131,6 +133,7 @@ app_ag_heartbeat = "10.1.2.6:3"
   EXPECT_EQ(config_.getMessageHandshake(), 12ms);
   EXPECT_EQ(config_.getMessageHeartbeat(), 13ms);
   EXPECT_EQ(config_.getXmlMaxDepth(), 14u);
+  EXPECT_EQ(config_.getXmlMaxElements(), 15u);
   EXPECT_EQ(config_.getXmlMaxBytes(), 4096u);
   EXPECT_EQ(config_.getTftpAddress(), "10.1.2.3");
   EXPECT_EQ(config_.getAppAgAddress(), "10.1.2.4:1");
@@ -365,6 +368,7 @@ TEST_F(SvcConfigParamsTest, Help_ListsEveryKeyOnce) {
                           "message.handshake_ms",
                           "message.heartbeat_ms",
                           "xml.max_depth",
+                          "xml.max_elements",
                           "xml.max_bytes",
                           "address.tftp",
                           "address.app_ag",

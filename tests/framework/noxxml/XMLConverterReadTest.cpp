@@ -319,6 +319,27 @@ TEST_F(LimitsTest, DepthBeyondTheLargest_IsTheLargest) {
   EXPECT_FALSE(parses(nested(1001)));
 }
 
+TEST_F(LimitsTest, Elements_AreCountedWithTheRoot) {
+  noxxml::setLimits({.maxElements = 3});
+  EXPECT_TRUE(parses("<a><b/><c>t</c></a>"));
+  EXPECT_FALSE(parses("<a><b/><c><d/></c></a>"));
+  EXPECT_TRUE(parses("<a x='1'><b/><!-- <c/> --><c>t</c></a>")) << "a comment holds none";
+  EXPECT_FALSE(parses("<a x='1'><b/><c/><d/></a>"));
+}
+
+TEST_F(LimitsTest, DefaultElements_Are16384) {
+  const auto siblings = [](int count) {
+    std::string text = "<a>";
+    for (int i = 0; i < count; ++i) {
+      text += "<b/>";
+    }
+    return text + "</a>";
+  };
+  EXPECT_TRUE(parses(siblings(16383)));
+  EXPECT_FALSE(parses(siblings(16384)));
+  EXPECT_FALSE(parses(siblings(200000)));
+}
+
 TEST_F(LimitsTest, DefaultSize_IsOneMebibyte) {
   const std::string filler(1048576 - 7, 'x');
   EXPECT_TRUE(parses("<r>" + filler + "</r>"));
@@ -332,6 +353,7 @@ TEST_F(LimitsTest, Size_CanBeSet) {
 }
 
 TEST_F(LimitsTest, MegabyteOfPieces_IsJoinedInLinearTime) {
+  noxxml::setLimits({.maxElements = 1000000});
   std::string text = "<r>";
   std::string expected;
   while (text.size() < 1000000) {
