@@ -101,15 +101,14 @@ TEST_P(HookedExecutor, HookBeforeWithAnotherActivity_LeavesTheStageUnanswered) {
 
 TEST_P(HookedExecutor, CrashAtAnyHook_EndsTheProcess) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  for (const char* kind : {"FINJ_PRE_", "FINJ_FSM_FAIL_", "FINJ_POST_"}) {
-    EXPECT_DEATH(
-        {
-          const ActivityAt activity(hook(kind), 4);
-          const ScriptedBlades blades;
-          runExecutor(GetParam());
-        },
-        "");
-  }
+  const auto run = [this](const char* kind) {
+    const ActivityAt activity(hook(kind), 4);
+    const ScriptedBlades blades;
+    runExecutor(GetParam());
+  };
+  EXPECT_DEATH(run("FINJ_PRE_"), "");
+  EXPECT_DEATH(run("FINJ_FSM_FAIL_"), "");
+  EXPECT_DEATH(run("FINJ_POST_"), "");
 }
 
 TEST_P(HookedExecutor, InjectedFailure_ReportsTheBitsThatTheActivityWrote) {
@@ -471,8 +470,8 @@ std::vector<LogLine> withFunction(std::vector<LogLine> lines, const char* functi
   return lines;
 }
 
-const std::vector<Story>& stories() {
-  static const auto& all = *new std::vector<Story>{
+std::vector<Story> packageStories() {
+  return {
       {"install",
        {{1, "", "INSTALLAPP: appInstanceId = a1"},
         {1, "", "INSTALLAPP: FilePath=/pkg/a1.bin Timeout=600"},
@@ -491,6 +490,27 @@ const std::vector<Story>& stories() {
        "UPGRADEAPP: Upgrade message message Request/Response between ServiceOrchAG and SMA failed "
        "for slot 3.",
        "UPGRADEAPP:: "},
+      {"stop",
+       {{1, "", "STOPAPP: appInstanceId = a1 "},
+        {1, "", "STOPAPP: request type: stopAppRequest"},
+        {4, "", "STOPAPP: stop request = " + golden("stop.xml") + ", slot = 3"}},
+       "STOPAPP: 100 : Stop message sent to SMA with success request / response for slot 3.",
+       "STOPAPP: Stop message Request/Response between ServiceOrchAG and SMA failed for slot 3.",
+       "STOPAPP:: "},
+      {"uninstall",
+       {{1, "", "UNINSTALLAPP: appInstanceId = a1 "},
+        {1, "", "UNINSTALLAPP: request type: uninstallAppRequest"},
+        {4, "", "UNINSTALLAPP: uninstall request = " + golden("uninstall.xml") + ", slot = 3"}},
+       "UNINSTALLAPP: 100 : Uninstall message sent to SMA with success request / response for slot "
+       "3.",
+       "UNINSTALLAPP: Uninstall message Request/Response between ServiceOrchAG and SMA failed for "
+       "slot 3.",
+       "UNINSTALLAPP:: "},
+  };
+}
+
+std::vector<Story> startStory() {
+  return {
       {"start",
        {{1, "", "STARTAPP: appInstanceId = a1 "},
         {1, "", "STARTAPP: request type: startAppRequest"},
@@ -541,6 +561,11 @@ const std::vector<Story>& stories() {
        "STARTAPP: 100 : Start message sent to SMA with success request / response for slot 3.",
        "STARTAPP: Start message Request/Response between ServiceOrchAG and SMA failed for slot 3.",
        "STARTAPP:: "},
+  };
+}
+
+std::vector<Story> startVdpStory() {
+  return {
       {"startVdp",
        {{1, "", "STARTAPP: appInstanceId = a1 "},
         {1, "", "STARTAPP: request type: startAppRequest"},
@@ -596,22 +621,11 @@ const std::vector<Story>& stories() {
        "STARTAPP: 100 : Start message sent to SMA with success request / response for slot 3.",
        "STARTAPP: Start message Request/Response between ServiceOrchAG and SMA failed for slot 3.",
        "STARTAPP:: "},
-      {"stop",
-       {{1, "", "STOPAPP: appInstanceId = a1 "},
-        {1, "", "STOPAPP: request type: stopAppRequest"},
-        {4, "", "STOPAPP: stop request = " + golden("stop.xml") + ", slot = 3"}},
-       "STOPAPP: 100 : Stop message sent to SMA with success request / response for slot 3.",
-       "STOPAPP: Stop message Request/Response between ServiceOrchAG and SMA failed for slot 3.",
-       "STOPAPP:: "},
-      {"uninstall",
-       {{1, "", "UNINSTALLAPP: appInstanceId = a1 "},
-        {1, "", "UNINSTALLAPP: request type: uninstallAppRequest"},
-        {4, "", "UNINSTALLAPP: uninstall request = " + golden("uninstall.xml") + ", slot = 3"}},
-       "UNINSTALLAPP: 100 : Uninstall message sent to SMA with success request / response for slot "
-       "3.",
-       "UNINSTALLAPP: Uninstall message Request/Response between ServiceOrchAG and SMA failed for "
-       "slot 3.",
-       "UNINSTALLAPP:: "},
+  };
+}
+
+std::vector<Story> slotStories() {
+  return {
       {"platformLogLevel",
        {{1, "", "PLATFORMLOGLEVELSET: slot = 3 "},
         {1, "", "PLATFORMLOGLEVELSET: request type: platformLogLevelSetRequest"},
@@ -643,6 +657,11 @@ const std::vector<Story>& stories() {
        "SETTINGUPDATE: Setting update message Request/Response between ServiceOrchAG and SMA "
        "failed for slot 3.",
        "SETTINGUPDATE:: "},
+  };
+}
+
+std::vector<Story> clearLogDataStories() {
+  return {
       {"clearApplicationLogData",
        {{1, "", "CLEARLOGDATA : APPLICATION : appInstanceId = a1 "},
         {1, "", "CLEARLOGDATA : APPLICATION : request type: clearLogDataRequest"},
@@ -662,6 +681,14 @@ const std::vector<Story>& stories() {
        "CLEARLOGDATA : SYSTEM : ClearLogData  message is not sent to SMA.",
        nullptr},
   };
+}
+
+std::vector<Story> stories() {
+  std::vector<Story> all;
+  for (const auto& some :
+       {packageStories(), startStory(), startVdpStory(), slotStories(), clearLogDataStories()}) {
+    all.insert(all.end(), some.begin(), some.end());
+  }
   return all;
 }
 

@@ -426,7 +426,8 @@ TEST(StartBootstrap, OneVersionOfIp_IsSentAlone) {
                "STARTAPP: appInstanceId[a1]: slot[3]: mgmtIPv6 : missing"}};
   for (const auto& [dropped, first, line] : rows) {
     Config target = startTarget();
-    changeChildren(target, kMgmt, [&](Config& mgmt) { dropChildren(mgmt, dropped); });
+    changeChildren(target, kMgmt,
+                   [childClass = dropped](Config& mgmt) { dropChildren(mgmt, childClass); });
     const ScriptedBlades blades;
     const LogCapture log;
     EXPECT_FALSE(runExecutor(executorNamed("start"), target).hasFailed);
