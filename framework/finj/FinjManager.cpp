@@ -1,6 +1,9 @@
 #include "framework/finj/FinjManager.h"
 
+#include <condition_variable>
 #include <functional>
+
+#include "framework/os/Clock.h"
 
 namespace finj {
 
@@ -12,6 +15,17 @@ using Variables = std::map<std::string, std::int32_t*, std::less<>>;
 Variables& variablesHere() {
   thread_local Variables variables;
   return variables;
+}
+
+void waitFor(std::chrono::milliseconds delay) {
+  if (delay.count() <= 0) {
+    return;
+  }
+  std::mutex mutex;
+  std::condition_variable never;
+  std::unique_lock lock(mutex);
+  os::Clock& clock = os::Clock::instance();
+  clock.waitUntil(never, lock, clock.now() + delay, [] { return false; });
 }
 
 void assign(const std::map<std::string, std::int32_t>& assignments) {
@@ -34,18 +48,22 @@ std::int32_t FinjManager::executeActivities(std::string_view hook) {
   if (!hasActivities_.load(std::memory_order_relaxed)) {
     return 0;
   }
-  const std::lock_guard guard(lock_);
-  const auto found = activities_.find(hook);
-  if (found == activities_.end()) {
-    return 0;
+  Activity activity;
+  {
+    const std::lock_guard guard(lock_);
+    const auto found = activities_.find(hook);
+    if (found == activities_.end()) {
+      return 0;
+    }
+    activity = found->second;
+    if (found->second.times > 0 && --found->second.times == 0) {
+      activities_.erase(found);
+      hasActivities_ = !activities_.empty();
+    }
   }
-  const std::int32_t result = found->second.result;
-  assign(found->second.assignments);
-  if (found->second.times > 0 && --found->second.times == 0) {
-    activities_.erase(found);
-    hasActivities_ = !activities_.empty();
-  }
-  return result;
+  waitFor(activity.delay);
+  assign(activity.assignments);
+  return activity.result;
 }
 
 void FinjManager::setLocalVar(std::string_view name, std::int32_t* variable) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -17,6 +18,8 @@ struct Activity {
   std::map<std::string, std::int32_t> assignments;
   /// How often it happens; 0 for ever.
   unsigned times = 0;
+  /// How long the hook's thread is held before anything else happens.
+  std::chrono::milliseconds delay{0};
 };
 
 /// Fault injection: code asks at named hooks whether something is to go wrong there. Activities are
@@ -27,7 +30,8 @@ class FinjManager {
   static FinjManager& getInstance();
 
   /// Carries out the activity of a hook on the calling thread and returns its bits; 0 when none is
-  /// set. Costs one relaxed load while no hook has one.
+  /// set. Costs one relaxed load while no hook has one. Blocks for the activity's delay; other
+  /// hooks, and changes of activities, do not wait for that.
   std::int32_t executeActivities(std::string_view hook);
 
   /// Binds a variable of the calling thread by name, so that an activity can write to it, in the

@@ -2,12 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <thread>
 #include <vector>
+
+#include "tests/support/ManualClock.h"
 
 namespace {
 
 using finj::FinjManager;
+using namespace std::chrono_literals;
 
 class FinjManagerTest : public testing::Test {
  protected:
@@ -99,6 +105,22 @@ TEST_F(FinjManagerTest, EachThread_HasItsOwnVariable) {
     }
   }
   EXPECT_EQ(bitsHere, 0);
+}
+
+TEST_F(FinjManagerTest, Delay_HoldsTheHooksThreadAndNoOther) {
+  test_support::ManualClock clock;
+  manager_.setActivity("slow", {.result = 2, .assignments = {}, .times = 1, .delay = 5s});
+  manager_.setActivity("quick", {.result = 1, .assignments = {}, .times = 0, .delay = 0s});
+  std::atomic<std::int32_t> result{-1};
+  std::jthread hooked([&] { result = manager_.executeActivities("slow"); });
+  ASSERT_TRUE(clock.waitForDeadline(5s));
+  EXPECT_EQ(manager_.executeActivities("quick"), 1);
+  EXPECT_FALSE(manager_.removeActivity("slow")) << "its one time has begun";
+  clock.advance(4999ms);
+  EXPECT_EQ(result, -1);
+  clock.advance(1ms);
+  hooked.join();
+  EXPECT_EQ(result, 2);
 }
 
 }  // namespace
