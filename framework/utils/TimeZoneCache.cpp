@@ -1,7 +1,6 @@
 #include "framework/utils/TimeZoneCache.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -25,11 +24,7 @@ bool isZoneName(const std::string& zone) {
 }
 
 std::string readZoneFile(const std::string& zone) {
-  const char* const folder = std::getenv("TZDIR");
-  std::ifstream file(
-      std::string(folder != nullptr && *folder != '\0' ? folder : "/usr/share/zoneinfo") + "/" +
-          zone,
-      std::ios::binary);
+  std::ifstream file("/usr/share/zoneinfo/" + zone, std::ios::binary);
   std::string bytes(kMostFileBytes, '\0');
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   bytes.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));

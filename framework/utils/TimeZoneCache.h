@@ -10,8 +10,7 @@ namespace utils {
 /// The chassis' time zone, and what the system's zone files say of it. Thread-safe.
 ///
 /// lock() and unlock() are for a caller whose steps belong together; the operations do not need
-/// them. The system keeps its zone files in /usr/share/zoneinfo, or where the environment variable
-/// TZDIR says.
+/// them. The system keeps its zone files in /usr/share/zoneinfo.
 class TimeZoneCache {
  public:
   /// The process's one.

@@ -187,10 +187,11 @@ void missingValue() {
 void invalidParameter() {
   TestGateway gateway;
   createSMAClient("3", "10.0.0.3", "5560", true);
-  gateway.channels.onReceive({"serviceOrchAG.commandProgress.update", "nox-xml:1", "id-1",
-                              "sma_slot3",
-                              "<commandProgressUpdateRequest><appInstanceId>17</appInstanceId>"
-                              "<operCmd>x.y.installApp</operCmd></commandProgressUpdateRequest>"});
+  const char* const document =
+      "<commandProgressUpdateRequest><appInstanceId>17</appInstanceId>"
+      "<operCmd>x.y.installApp</operCmd></commandProgressUpdateRequest>";
+  gateway.channels.onReceive(
+      {"serviceOrchAG.commandProgress.update", "nox-xml:1", "id-1", "sma_slot3", document});
   serve(gateway);
 }
 

@@ -16,7 +16,6 @@ namespace {
 using std::chrono::milliseconds;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr std::size_t kLarge = std::size_t{16} << 20U;

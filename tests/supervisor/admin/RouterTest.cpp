@@ -12,7 +12,6 @@
 namespace supervisor::admin {
 namespace {
 
-using ::testing::HasSubstr;
 
 /// Tells what the handler was called with.
 Response echo(const Context& /*context*/, const Request& request) {
