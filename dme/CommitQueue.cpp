@@ -93,7 +93,7 @@ Result<void> CommitQueue::write(ChangeSet changes) {
   const bool wasBehind = !unwritten_.empty();
   unwritten_.append(std::move(changes));
   const bool isNeeded = !unwritten_.empty();
-  const Result<void> outcome = isNeeded ? write_(unwritten_) : Result<void>();
+  Result<void> outcome = isNeeded ? write_(unwritten_) : Result<void>();
   if (outcome) {
     unwritten_.clear();
   }

@@ -47,7 +47,7 @@ class ClientMapTest : public testing::Test {
 
   ScriptedChannel channels_;
   LogCapture log_;
-  const RegistryCleaner cleaner_;
+  const RegistryCleaner cleaner_{};
 };
 
 TEST_F(ClientMapTest, NeverRegistered_HasNoStatusAndGetsNone) {

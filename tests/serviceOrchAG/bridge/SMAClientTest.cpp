@@ -49,7 +49,7 @@ class SMAClientTest : public testing::Test {
 
   ScriptedChannel channels_;
   LogCapture log_;
-  const RegistryCleaner cleaner_;
+  const RegistryCleaner cleaner_{};
 };
 
 // ----- The exchange -----------------------------------------------------------------------------
