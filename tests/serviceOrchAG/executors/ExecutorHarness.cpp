@@ -180,6 +180,14 @@ const Executor& executorNamed(const std::string& name) {
   return *found;
 }
 
+void dropChildren(Config& target) {
+  Config bare(target.classId(), target.dn());
+  for (const auto& [property, value] : target.values()) {
+    bare.set(property, value);
+  }
+  target = bare;
+}
+
 Outcome runExecutor(const Executor& executor, const Config& target) {
   filter::Filter::initFactories();  // as start-up does
   const std::unique_ptr<Stimulus> stage = executor.makeStage();

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "framework/finj/FinjManager.h"
@@ -68,6 +69,18 @@ struct Executor {
 /// links and an internal management interface.
 const std::vector<Executor>& executors();
 const Executor& executorNamed(const std::string& name);
+
+/// Takes away what travels along with the target.
+void dropChildren(method::Config& target);
+
+/// Sets a property of the application, which is the only one that travels along with the target.
+template <auto kProperty, class T>
+void setOfApp(method::Config& target, T value) {
+  method::Config app = target.children().front();
+  app.set(kProperty->id, method::Value(std::move(value)));
+  dropChildren(target);
+  target.addChild(std::move(app));
+}
 
 /// What one run came to.
 struct Outcome {

@@ -12,7 +12,6 @@
 namespace supervisor::admin {
 namespace {
 
-
 /// Tells what the handler was called with.
 Response echo(const Context& /*context*/, const Request& request) {
   Json json{{"parameters", request.parameters}, {"query", request.query}, {"body", request.body}};
