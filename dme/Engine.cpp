@@ -1,5 +1,6 @@
 #include "dme/Engine.h"
 
+#include <algorithm>
 #include <exception>
 #include <future>
 #include <utility>
@@ -9,12 +10,24 @@
 
 namespace dme {
 
+namespace {
+
+using Deadline = std::optional<os::Clock::TimePoint>;
+
+Deadline earlier(const Deadline& one, const Deadline& other) {
+  return one && other ? std::min(*one, *other) : (one ? one : other);
+}
+
+}  // namespace
+
 EngineConfig EngineConfig::from(const base::SvcConfigParams& params) {
   return {params.getStateDir().str(),
           params.getDmeChassis().str(),
           params.getDmeEndpoint().str(),
           {params.getDmeHeartbeatInterval(), params.getDmeHeartbeatMisses(), params.getDmeGrace()},
-          systemTime};
+          systemTime,
+          {params.getDmeSettleAfter(),
+           {!params.isQvm1() && !params.isQvm2(), !params.isQvm1() && !params.isQvm2()}}};
 }
 
 Result<std::unique_ptr<Engine>> Engine::open(const EngineConfig& config) {
@@ -50,7 +63,15 @@ Engine::Engine(EngineConfig config, std::unique_ptr<ObjectStore> store,
           [this](proc::EngineLink::PeerId peer, const base::OBioStream& bytes, bool urgent) {
             return link_->send(peer, bytes, urgent);
           },
-          config_.wallClock) {}
+          config_.wallClock),
+      jobs_(
+          *store_, chassis_, server_.instances(), monitor_, config_.jobs, config_.wallClock,
+          [this](proc::EngineLink::PeerId peer, const base::OBioStream& bytes, bool urgent) {
+            return link_->send(peer, bytes, urgent);
+          },
+          [this] { inbox_.wake(); }) {
+  server_.listen(jobs_.events());
+}
 
 Engine::~Engine() {
   stop();
@@ -99,9 +120,26 @@ void Engine::stop() {
   if (thread_.joinable()) {
     thread_.join();
   }
+  {
+    const std::lock_guard lock(state_);
+    isStopping_ = true;
+  }
+  settleLast();
   store_->close();  // the answers to what it writes still leave
   if (link_ != nullptr) {
     link_->close();
+  }
+}
+
+// What was refused because the disk did not take it must not get there with what is written last.
+void Engine::settleLast() {
+  commitAndWait();  // whoever had to be told has been
+  try {
+    const std::lock_guard lock(state_);
+    jobs_.settleLast();
+  } catch (const std::exception& error) {
+    core_log::logPrintf("stop", core_log::serviceLevel(), 8, "jobs are left as they are: %s",
+                        error.what());
   }
 }
 
@@ -112,9 +150,9 @@ std::string Engine::endPoint() const {
 
 void Engine::run() {
   StimulusBatch batch;
-  while (inbox_.take(batch, nextJudgement_)) {
+  do {
     process(batch);
-  }
+  } while (inbox_.take(batch, earlier(nextJudgement_, nextTick_)));
 }
 
 void Engine::process(const StimulusBatch& batch) {
@@ -123,6 +161,7 @@ void Engine::process(const StimulusBatch& batch) {
   for (const StimulusBatch::Entry& entry : batch.entries()) {
     handle(batch, entry, now);
   }
+  tick(now);
   judge(now);
 }
 
@@ -137,21 +176,40 @@ void Engine::handle(const StimulusBatch& batch, const StimulusBatch::Entry& entr
   }
 }
 
+void Engine::tick(os::Clock::TimePoint now) {
+  server_.tick(now);
+  try {
+    jobs_.tick(now);
+  } catch (const std::exception& error) {
+    core_log::logPrintf("tick", core_log::serviceLevel(), 8, "jobs are held up: %s", error.what());
+  }
+  nextTick_ = earlier(jobs_.deadline(), server_.deadline());
+}
+
 void Engine::judge(os::Clock::TimePoint now) {
   if (!monitor_.isWatching()) {
     nextJudgement_.reset();
     return;
   }
-  if (!nextJudgement_ || now >= *nextJudgement_) {
-    monitor_.judge(now);
-    nextJudgement_ = now + monitor_.judgeEvery();
+  if (nextJudgement_ && now < *nextJudgement_) {
+    return;
   }
+  // A process that stood still has heartbeats waiting: it hears them before it judges, once.
+  wasHeldUp_ = !wasHeldUp_ && nextJudgement_ && now - *nextJudgement_ > monitor_.mostDelay();
+  if (!wasHeldUp_) {
+    monitor_.judge(now);
+  }
+  nextJudgement_ = now + (wasHeldUp_ ? monitor_.hearFor() : monitor_.judgeEvery());
 }
 
 SlotView Engine::viewOf(const Object& slot, os::Clock::TimePoint now) const {
   SlotView view;
   view.slot = slot.get(sd::SlotMo::kNumber);
   view.name = slot.get(sd::SlotMo::kLabel).str();
+  if (const auto equipment = jobs_.equipment(view.slot)) {
+    view.model = equipment->model;
+    view.serial = equipment->serial;
+  }
   view.admission = static_cast<sd::Admission>(slot.get(sd::SlotMo::kAdmission));
   view.hasToken = !slot.get(sd::SlotMo::kToken).empty();
   view.runningVersion = slot.get(sd::SlotMo::kRunningVersion).str();

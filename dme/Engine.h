@@ -9,14 +9,15 @@
 #include <thread>
 #include <vector>
 
-#include "dme/BladeMonitor.h"
-#include "dme/Chassis.h"
-#include "dme/CommitQueue.h"
-#include "dme/Inbox.h"
-#include "dme/MethodServer.h"
-#include "dme/ObjectStore.h"
-#include "dme/Result.h"
-#include "dme/WallClock.h"
+#include "dme/base/Result.h"
+#include "dme/base/WallClock.h"
+#include "dme/blades/BladeMonitor.h"
+#include "dme/chassis/Chassis.h"
+#include "dme/jobs/Jobs.h"
+#include "dme/link/Inbox.h"
+#include "dme/link/MethodServer.h"
+#include "dme/store/CommitQueue.h"
+#include "dme/store/ObjectStore.h"
 #include "framework/proc/EngineLink.h"
 #include "model/sd/SlotMo.h"
 
@@ -32,6 +33,7 @@ struct EngineConfig {
   std::string endPoint;     ///< inproc://, ipc:// or tcp://
   BladeMonitor::Settings monitor;
   WallClock wallClock = systemTime;
+  Jobs::Settings jobs{};
 
   static EngineConfig from(const base::SvcConfigParams& params);
 };
@@ -40,6 +42,8 @@ struct EngineConfig {
 struct SlotView {
   std::uint32_t slot = 0;
   std::string name;
+  std::string model;   ///< of the blade that is to be there
+  std::string serial;  ///< of the blade that is to be there
   sd::Admission admission = sd::Admission::kNone;
   bool hasToken = false;
   std::string runningVersion;
@@ -109,16 +113,61 @@ class Engine {
   /// takes one to four microseconds an object, in which the engine's thread waits.
   std::vector<ObjectView> model(const mo::Dn& dn) const;
 
+  // What an operator wants done. Thread-safe; none of it waits for the disk or for a blade. `done`
+  // is called once: here and now with a refusal, or on the store's thread when the change is
+  // durable, or when it could not be stored. It must not block.
+
+  void order(const JobOrder& order, Done<JobView> done);
+  /// What order() would say, without doing it: the job as it would be, with id 0.
+  Granted<JobView> wouldOrder(const JobOrder& order) const;
+  /// Gives a job up that is accepted, or unknown.
+  void cancelJob(std::uint64_t id, Done<JobView> done);
+  std::vector<JobView> jobs(const JobFilter& filter) const;
+  std::optional<JobView> job(std::uint64_t id) const;
+
+  using WatchId = JobBoard::WatchId;
+  /// Calls `changed` once, as soon as the job's revision is above `revision`: here and now, or on
+  /// the store's thread, where it must not block. 0 for an unknown job: then it is never called.
+  WatchId watchJob(std::uint64_t id, std::uint64_t revision,
+                   std::function<void(const JobView&)> changed);
+  /// Afterwards it is not called any more. Waits for a call that is under way: hold no lock that
+  /// the function takes.
+  void unwatchJob(WatchId id);
+
+  /// `instance` is an sd::AppInstanceMo without a name, with what belongs to it attached.
+  void createApp(std::uint32_t slot, std::unique_ptr<mo::Mo> instance, Done<AppView> done);
+  /// The description of an instance of which nothing is on a blade.
+  void deleteApp(const std::string& id, Done<AppView> done);
+  Granted<AppView> wouldDeleteApp(const std::string& id) const;
+  /// By identifier.
+  std::vector<AppView> apps(std::optional<std::uint32_t> slot) const;
+  std::optional<AppView> app(const std::string& id) const;
+
+  /// What is written on the chassis, or on a slot and its blade.
+  Granted<Equipment> equipment(EquipmentPlace place) const;
+  void describe(EquipmentPlace place, const EquipmentChange& change, Done<Equipment> done);
+  Granted<Equipment> wouldDescribe(EquipmentPlace place, const EquipmentChange& change) const;
+
+  /// "UTC" unless set.
+  std::string timeZone() const;
+  /// Stores the zone, one of the system's, and makes a job for every slot whose blade is
+  /// registered, in one transaction.
+  void setTimeZone(const std::string& zone, Done<std::vector<JobView>> done);
+
  private:
   Engine(EngineConfig config, std::unique_ptr<ObjectStore> store,
          const std::optional<base::ChassisDescription>& description);
   Result<void> commitAndWait();
   void expectKnownBlades();
+  void settleLast();
   void run();
   void process(const StimulusBatch& batch);
   void handle(const StimulusBatch& batch, const StimulusBatch::Entry& entry,
               os::Clock::TimePoint now);
+  void tick(os::Clock::TimePoint now);
   void judge(os::Clock::TimePoint now);
+  template <class T, class Work>
+  void decide(const Done<T>& done, Work work);
   SlotView viewOf(const Object& slot, os::Clock::TimePoint now) const;
 
   const EngineConfig config_;
@@ -130,7 +179,11 @@ class Engine {
   Chassis chassis_;                                    // guarded by state_
   BladeMonitor monitor_;                               // guarded by state_
   MethodServer server_;                                // guarded by state_
+  Jobs jobs_;                                          // guarded by state_, save board()
+  bool isStopping_ = false;                            // guarded by state_
   std::optional<os::Clock::TimePoint> nextJudgement_;  // used by the engine's thread alone
+  bool wasHeldUp_ = false;                             // used by the engine's thread alone
+  std::optional<os::Clock::TimePoint> nextTick_;       // used by the engine's thread alone
 
   /// Set under state_ by start(), then constant; the threads that use it come later.
   std::unique_ptr<proc::EngineLink> link_;

@@ -7,6 +7,7 @@ namespace fuzz {
 
 std::span<const Target> targets() {
   static constexpr std::array kTargets{
+      Target{"adminBody", &runAdminBody},
       Target{"answer", &runAnswer},
       Target{"appFailure", &runAppFailure},
       Target{"commandProgress", &runCommandProgress},

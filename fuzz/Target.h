@@ -19,6 +19,7 @@ std::span<const Target> targets();
 const Target* findTarget(std::string_view name);
 
 // The targets, a file each in fuzz/targets.
+void runAdminBody(Input input);
 void runAnswer(Input input);
 void runAppFailure(Input input);
 void runCommandProgress(Input input);

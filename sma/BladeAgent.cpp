@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "serviceOrchAG/svc/Vocabulary.h"
+#include "sma/Overloaded.h"
 #include "sma/Requests.h"
 
 namespace sma {
@@ -60,6 +61,7 @@ BladeAgent::BladeAgent(Settings settings, TimePoint start)
       platform_(settings_.seed, settings_.slot, settings_.apps),
       start_(start),
       reporter_(settings_.reports, platform_, start),
+      desk_(settings_.commands, platform_, reporter_, settings_.journal),
       token_(settings_.token),
       nextSend_(start),
       silentUntil_(start),
@@ -68,16 +70,44 @@ BladeAgent::BladeAgent(Settings settings, TimePoint start)
   for (const AppChange& change : settings_.appChanges) {
     platform_.change(change);
   }
+  reporter_.onEnd([this](const Operation& operation, TimePoint now) {
+    if (operation.plan().succeeds) {
+      onWorkEnd(operation, now);
+    }
+  });
+}
+
+// --- what it does not forget
+
+void BladeAgent::note(const Memory& memory) {
+  if (settings_.journal) {
+    settings_.journal(memory);
+  }
+  recall(memory);
+}
+
+void BladeAgent::recall(const Memory& memory) {
+  std::visit(Overloaded{
+                 [this](const TokenKept& kept) { token_ = kept.token; },
+                 [this](const AppChanged& changed) { platform_.change(changed.change); },
+                 [this](const DiskFormatted& formatted) {
+                   platform_.removeApps();
+                   token_ = formatted.token;
+                 },
+                 [this](const auto& other) { desk_.recall(other); },
+             },
+             memory);
 }
 
 BladeAgent::TimePoint BladeAgent::due() const {
-  TimePoint due = TimePoint::max();
+  TimePoint due = desk_.due();
   if (!sessionPending_) {
-    due = std::max(nextSend_, silentUntil_);
+    due = std::min(due, std::max(nextSend_, silentUntil_));
   }
-  if (state_ == State::Registered) {
-    due = std::min(due, std::max(reporter_.due(), silentUntil_));
-    due = held_.empty() ? due : TimePoint::min();
+  const bool registered = state_ == State::Registered;
+  due = std::min(due, std::max(reporter_.due(registered), silentUntil_));
+  if (registered && !held_.empty()) {
+    due = TimePoint::min();
   }
   if (nextEvent_ < settings_.events.size()) {
     due = std::min(due, start_ + settings_.events[nextEvent_].at);
@@ -89,6 +119,9 @@ BladeAgent::TimePoint BladeAgent::due() const {
 }
 
 void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
+  if (const auto lasts = desk_.death(now)) {
+    die(now, *lasts);
+  }
   expire(now);
   while (nextEvent_ < settings_.events.size() && start_ + settings_.events[nextEvent_].at <= now) {
     start(nextEvent_++, now, outbox);
@@ -99,7 +132,7 @@ void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
   for (const std::size_t event : std::exchange(held_, {})) {
     start(event, now, outbox);
   }
-  if (maySend(now) && state_ == State::Registered) {
+  if (maySend(now)) {
     sendReports(now, outbox);
   }
 }
@@ -192,6 +225,7 @@ void BladeAgent::sendRegister(TimePoint now, const Outbox& outbox) {
   registration.ip = settings_.ip;
   registration.port = settings_.port;
   registration.token = token_;
+  registeredWith_ = token_;
   registration.osVersion = kPlatformRelease;
   registration.imageName = "platform-" + registration.osVersion + ".img";
   registration.imageSize = 412'316'860;
@@ -229,7 +263,7 @@ void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
 }
 
 void BladeAgent::sendReports(TimePoint now, const Outbox& outbox) {
-  while (auto request = reporter_.next(now)) {
+  while (auto request = reporter_.next(now, state_ == State::Registered)) {
     sendReport(*request, now, outbox);
   }
 }
@@ -315,9 +349,15 @@ void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
 
 void BladeAgent::onRegisterReply(const Reply& reply, TimePoint now) {
   gatewayKey_ = reply.zedPubKey;
+  if (registeredWith_ != token_) {  // the verdict is on a token that the blade no longer holds
+    nextSend_ = now;
+    return;
+  }
   if (reply.status == kStatusOk) {
     state_ = State::Registered;
-    token_ = reply.token;
+    if (token_ != reply.token) {
+      note(TokenKept{reply.token});
+    }
     backoff_.reset();
     // The first beats of blades that registered together are spread over one interval.
     nextSend_ = now + settings_.beat * (1 + settings_.seed % 16) / 16;
@@ -326,6 +366,41 @@ void BladeAgent::onRegisterReply(const Reply& reply, TimePoint now) {
   }
   state_ = reply.status == kStatusNotRecognised ? State::Refused : State::Unregistered;
   nextSend_ = now + backoff_.next();
+}
+
+void BladeAgent::onCommand(const std::string& peer, const msglyr::Message& message, TimePoint now) {
+  if (!isDead(now)) {
+    desk_.take(peer, message, now);
+  }
+}
+
+void BladeAgent::die(TimePoint now, Duration lasts) {
+  for (const Pending& each : std::exchange(pending_, {})) {
+    giveUp(each, now);
+  }
+  reporter_.forget();
+  desk_.forget();
+  backoff_.reset();
+  state_ = State::Unregistered;
+  deadUntil_ = now + lasts;
+  silentUntil_ = std::max(silentUntil_, deadUntil_);
+  nextSend_ = deadUntil_;
+}
+
+// What a command changed shows in the next report, which comes at once. A format of the disk makes
+// it another blade, with the token that came with the command.
+void BladeAgent::onWorkEnd(const Operation& operation, TimePoint now) {
+  if (const auto effect = operation.effect()) {
+    note(AppChanged{*effect});
+  }
+  if (operation.plan().token) {
+    note(DiskFormatted{*operation.plan().token});
+    state_ = State::Unregistered;
+    nextSend_ = now;
+  }
+  if (settings_.reports.every.count() > 0) {
+    reporter_.report(std::nullopt);
+  }
 }
 
 void BladeAgent::onRegisteredReply(unsigned status, TimePoint now) {

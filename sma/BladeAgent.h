@@ -11,6 +11,7 @@
 #include "framework/msglyr/Message.h"
 #include "sma/Backoff.h"
 #include "sma/BladeCounts.h"
+#include "sma/CommandDesk.h"
 #include "sma/Event.h"
 #include "sma/Platform.h"
 #include "sma/Reporter.h"
@@ -48,6 +49,8 @@ class BladeAgent {
     unsigned apps = 0;                  ///< instances of its own
     std::vector<AppChange> appChanges;  ///< in what they differ from the usual
     Reporter::Settings reports;
+    CommandDesk::Settings commands;
+    Journal journal;  ///< takes what the blade is not to forget; may be empty
     std::vector<Event> events;
   };
 
@@ -58,12 +61,27 @@ class BladeAgent {
   BladeAgent(const BladeAgent&) = delete;  // its parts know each other
   BladeAgent& operator=(const BladeAgent&) = delete;
 
+  /// Lets the blade know what it noted in an earlier life, in the same order.
+  void recall(const Memory& memory);
+
   /// When onTime() wants to be called next.
   TimePoint due() const;
   /// Does what is due at `now`.
   void onTime(TimePoint now, const Outbox& outbox);
   /// Takes one message from the gateway.
   void onMessage(const msglyr::Message& message, TimePoint now);
+  /// Takes one message from a peer of the blade's own end point.
+  void onCommand(const std::string& peer, const msglyr::Message& message, TimePoint now);
+  /// The replies to commands that are to be sent by `now`, each once.
+  std::vector<PeerMessage> commandReplies(TimePoint now) { return desk_.replies(now); }
+  /// Forgets all but token, instances, settings and what it has carried out, and says and hears
+  /// nothing for a while: it has no connection either. Then it registers anew.
+  void die(TimePoint now, Duration lasts);
+  bool isDead(TimePoint now) const { return now < deadUntil_; }
+  /// The command under way on an instance; empty when there is none.
+  std::string commandOn(const std::string& app) const { return reporter_.commandOn(app); }
+  void addFault(const CommandFault& fault) { desk_.addFault(fault); }
+  void clearFaults(TimePoint now) { desk_.clearFaults(now); }
 
   std::uint32_t slot() const { return settings_.slot; }
   State state() const { return state_; }
@@ -73,6 +91,7 @@ class BladeAgent {
   const std::string& lastMessage() const { return lastMessage_; }
   const BladeCounts& counts() const { return counts_; }
   const BladePlatform& platform() const { return platform_; }
+  const CommandDesk& desk() const { return desk_; }
   /// A line for each reply so far that was not what its event expected, and for each event whose
   /// replies are still to come.
   std::vector<std::string> disappointments() const;
@@ -112,6 +131,8 @@ class BladeAgent {
   void giveUp(const Pending& pending, TimePoint now);
   void end(const Pending& pending);
   void onRegisterReply(const Reply& reply, TimePoint now);
+  void onWorkEnd(const Operation& operation, TimePoint now);
+  void note(const Memory& memory);
   void onRegisteredReply(unsigned status, TimePoint now);
   void judge(std::size_t event, const Reply* reply);
   void disappoint(std::size_t event, const std::string& cause);
@@ -123,13 +144,16 @@ class BladeAgent {
   BladePlatform platform_;
   const TimePoint start_;
   Reporter reporter_;
+  CommandDesk desk_;
   std::string token_;
+  std::string registeredWith_;  // token of the latest register request
   std::string gatewayKey_;
   State state_ = State::Unregistered;
   std::size_t nextEvent_ = 0;      // settings_.events is in order of time
   std::vector<std::size_t> held_;  // events that wait for the connection or registration
   TimePoint nextSend_;             // of register or beat
   TimePoint silentUntil_;
+  TimePoint deadUntil_ = TimePoint::min();
   TimePoint duplicateUntil_;
   bool sessionPending_ = false;  // a register or beat awaits its reply; one at a time
   std::vector<Pending> pending_;

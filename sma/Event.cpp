@@ -1,14 +1,9 @@
 #include "sma/Event.h"
 
+#include "sma/Overloaded.h"
+
 namespace sma {
 namespace {
-
-template <class... Visitors>
-struct Overloaded : Visitors... {
-  using Visitors::operator()...;
-};
-template <class... Visitors>
-Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
 std::string replyText(unsigned status, const std::string& message) {
   return std::to_string(status) + " \"" + message + "\"";

@@ -7,9 +7,6 @@ namespace {
 
 using zan_serviceOrchAG::words;
 
-constexpr unsigned kCodeOk = 100;
-constexpr unsigned kCodeFailed = 503;
-
 }  // namespace
 
 const std::vector<std::string>& operationCommands() {
@@ -25,16 +22,18 @@ Progress Operation::next() {
   Progress progress;
   progress.app = plan_.app;
   progress.command = plan_.command;
-  progress.percent = 100 * (failed ? step_ - 1 : step_) / plan_.steps;
+  const bool falls = plan_.hitch == Hitch::RunsBackwards && step_ > 0 && !last;
+  const unsigned reached = falls ? plan_.steps - step_ : step_;
+  progress.percent = 100 * (failed ? step_ - 1 : reached) / plan_.steps;
   progress.status = words().stateRunning;
   progress.ack = plan_.ack;
   if (failed) {
     progress.status = words().stateFailed;
-    progress.code = kCodeFailed;
+    progress.code = plan_.failCode;
     progress.error = plan_.command + " ended with exit status 1";
   } else if (last) {
     progress.status = words().stateSucceeded;
-    progress.code = kCodeOk;
+    progress.code = code::kOk;
   }
   ++step_;
   return progress;
@@ -45,9 +44,17 @@ std::optional<AppChange> Operation::effect() const {
     return std::nullopt;
   }
   AppChange change{.id = plan_.app, .version = plan_.version, .hotfixes = plan_.hotfixes};
-  if (plan_.command == "startApp" || plan_.command == "installApp") {
+  if (plan_.command == "startApp") {
     change.running = true;
     change.installed = true;
+  } else if (plan_.command == "installApp") {
+    change = {.id = plan_.app,
+              .version = plan_.version,
+              .enabled = true,
+              .running = false,
+              .external = false,
+              .hotfixes = "",
+              .installed = true};
   } else if (plan_.command == "stopApp") {
     change.running = false;
   } else if (plan_.command == "uninstallApp") {

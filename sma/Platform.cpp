@@ -226,9 +226,30 @@ std::vector<AppInstance> BladePlatform::apps() const {
   return apps;
 }
 
+void BladePlatform::removeApps() {
+  ownApps_ = 0;
+  changes_.clear();
+}
+
+bool BladePlatform::isOwn(const std::string& id) const {
+  for (unsigned number = 1; number <= ownApps_; ++number) {
+    if (appId(slot_, number) == id) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void BladePlatform::change(const AppChange& change) {
   auto known = std::find_if(changes_.begin(), changes_.end(),
                             [&change](const AppChange& each) { return each.id == change.id; });
+  // Of an instance that came and went, nothing is left.
+  if (!change.installed.value_or(true) && !isOwn(change.id)) {
+    if (known != changes_.end()) {
+      changes_.erase(known);
+    }
+    return;
+  }
   if (known == changes_.end()) {
     changes_.push_back(change);
     return;

@@ -86,6 +86,8 @@ class BladePlatform {
   std::vector<AppInstance> apps() const;
   /// Changes an instance, installs the one of an unknown id, or removes one.
   void change(const AppChange& change);
+  /// Removes all instances, as a format of the disk does.
+  void removeApps();
 
   std::uint32_t slot() const { return slot_; }
 
@@ -99,10 +101,11 @@ class BladePlatform {
   double averaged(double windowSeconds, Duration time) const;
   std::uint64_t totalMemoryKb() const;
   AppInstance ownApp(unsigned number) const;
+  bool isOwn(const std::string& id) const;
 
   const std::uint64_t seed_;
   const std::uint32_t slot_;
-  const unsigned ownApps_;
+  unsigned ownApps_;
   std::vector<AppChange> changes_;  // one for an id
 };
 

@@ -2,7 +2,21 @@
 
 #include <algorithm>
 
+#include "serviceOrchAG/svc/Vocabulary.h"
+
 namespace sma {
+namespace {
+
+RequestKind kindOf(bool ack) {
+  return ack ? RequestKind::Progress : RequestKind::QuietProgress;
+}
+
+// Only the format of a blade's disk is heard of a blade that is not registered.
+bool isEarly(std::string_view command) {
+  return command == zan_serviceOrchAG::words().formatDiskSubject;
+}
+
+}  // namespace
 
 Reporter::Reporter(const Settings& settings, BladePlatform& platform, TimePoint origin)
     : settings_(settings), platform_(platform), origin_(origin), draws_(settings.seed) {}
@@ -13,16 +27,22 @@ void Reporter::start(TimePoint now) {
   }
 }
 
-Reporter::TimePoint Reporter::due() const {
-  if (!asked_.empty()) {
+Reporter::TimePoint Reporter::due(bool registered) const {
+  if (std::any_of(asked_.begin(), asked_.end(),
+                  [registered](const Request& each) { return registered || each.isEarly; })) {
     return TimePoint::min();
   }
   TimePoint due = TimePoint::max();
-  if (nextReport_ && !reportUnderWay_) {
-    due = *nextReport_;
-  }
   for (const Running& each : running_) {
-    due = std::min(due, each.due);
+    if (registered || isEarly(each.operation.plan().command)) {
+      due = std::min(due, each.due);
+    }
+  }
+  if (!registered) {
+    return due;
+  }
+  if (nextReport_ && !reportUnderWay_) {
+    due = std::min(due, *nextReport_);
   }
   for (const Outage& each : outages_) {
     due = std::min(due, each.end);
@@ -30,15 +50,17 @@ Reporter::TimePoint Reporter::due() const {
   return due;
 }
 
-std::optional<Reporter::Request> Reporter::next(TimePoint now) {
-  endOutages(now);
-  if (auto request = nextAsked(now)) {
+std::optional<Reporter::Request> Reporter::next(TimePoint now, bool registered) {
+  if (registered) {
+    endOutages(now);
+  }
+  if (auto request = nextAsked(now, registered)) {
     return request;
   }
-  if (auto request = nextStep(now)) {
+  if (auto request = nextStep(now, registered)) {
     return request;
   }
-  return nextRegular(now);
+  return registered ? nextRegular(now) : std::nullopt;
 }
 
 void Reporter::report(EventIndex event) {
@@ -57,30 +79,61 @@ void Reporter::run(const OperationPlan& plan, TimePoint now, EventIndex event) {
   running_.push_back({Operation(plan), now, event});
 }
 
-std::optional<Reporter::Request> Reporter::nextAsked(TimePoint now) {
-  if (asked_.empty()) {
+void Reporter::say(const Progress& progress) {
+  asked_.push_back(
+      {kindOf(progress.ack), progressDocument(progress), std::nullopt, isEarly(progress.command)});
+}
+
+std::optional<Reporter::Request> Reporter::nextAsked(TimePoint now, bool registered) {
+  const auto found = std::find_if(asked_.begin(), asked_.end(), [registered](const Request& each) {
+    return registered || each.isEarly;
+  });
+  if (found == asked_.end()) {
     return std::nullopt;
   }
-  Request request = std::move(asked_.front());
-  asked_.pop_front();
+  Request request = std::move(*found);
+  asked_.erase(found);
   return request.kind == RequestKind::Report ? makeReport(now, request.event) : request;
 }
 
-std::optional<Reporter::Request> Reporter::nextStep(TimePoint now) {
-  const auto each = std::find_if(running_.begin(), running_.end(),
-                                 [now](const Running& running) { return running.due <= now; });
-  if (each == running_.end()) {
-    return std::nullopt;
+std::optional<Reporter::Request> Reporter::nextStep(TimePoint now, bool registered) {
+  while (true) {
+    const auto found = std::find_if(running_.begin(), running_.end(), [=](const Running& running) {
+      return running.due <= now && (registered || isEarly(running.operation.plan().command));
+    });
+    if (found == running_.end()) {
+      return std::nullopt;
+    }
+    if (auto request = makeStep(found, now)) {
+      return request;
+    }
   }
-  Operation& operation = each->operation;
-  const auto kind = operation.plan().ack ? RequestKind::Progress : RequestKind::QuietProgress;
-  Request request{kind, progressDocument(operation.next()), each->event};
-  each->due = now + operation.plan().every;
+}
+
+// Nothing when the report is lost.
+std::optional<Reporter::Request> Reporter::makeStep(std::vector<Running>::iterator running,
+                                                    TimePoint now) {
+  Operation& operation = running->operation;
+  const OperationPlan& plan = operation.plan();
+  std::optional<Request> request =
+      Request{kindOf(plan.ack), progressDocument(operation.next()), running->event};
+  if (operation.isDone() && plan.hitch == Hitch::LosesLastReport) {
+    request.reset();
+  }
+  const bool stalls = plan.hitch == Hitch::Stalls && operation.isHalfWay();
+  running->due = now + (stalls ? plan.stall : plan.every);
+  if (stalls && plan.stall.count() == 0) {
+    running->due = TimePoint::max();
+  }
   if (const auto effect = operation.effect()) {
     platform_.change(*effect);
   }
   if (operation.isDone()) {
-    running_.erase(each);
+    const Operation ended = std::move(operation);
+    running_.erase(running);
+    if (onEnd_) {
+      onEnd_(ended, now);
+    }
   }
   return request;
 }
@@ -124,7 +177,7 @@ void Reporter::happenByChance(TimePoint now) {
     return;
   }
   const AppInstance& app = apps[draws_.oneOf(apps.size())];
-  if (!app.running || isBusy(app.id)) {
+  if (!app.running || !commandOn(app.id).empty()) {
     return;
   }
   if (fails) {
@@ -139,9 +192,24 @@ void Reporter::happenByChance(TimePoint now) {
   run(fix, now, std::nullopt);
 }
 
-bool Reporter::isBusy(const std::string& app) const {
-  return std::any_of(running_.begin(), running_.end(),
-                     [&app](const Running& each) { return each.operation.plan().app == app; });
+void Reporter::resume(TimePoint now) {
+  for (Running& each : running_) {
+    each.due = each.due == TimePoint::max() ? now : each.due;
+  }
+}
+
+void Reporter::forget() {
+  asked_.clear();
+  running_.clear();
+  nextReport_.reset();
+  reportUnderWay_ = false;
+}
+
+std::string Reporter::commandOn(std::string_view app) const {
+  const auto found = std::find_if(running_.begin(), running_.end(), [app](const Running& each) {
+    return each.operation.plan().app == app;
+  });
+  return found == running_.end() ? "" : found->operation.plan().command;
 }
 
 Reporter::Request Reporter::makeReport(TimePoint now, EventIndex event) const {

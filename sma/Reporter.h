@@ -3,8 +3,10 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sma/BladeCounts.h"
@@ -39,18 +41,24 @@ class Reporter {
     RequestKind kind;
     Element document;
     EventIndex event;
+    bool isEarly = false;  ///< may be sent by a blade that is not registered
   };
+
+  /// Told of each operation that has made its last report.
+  using OnEnd = std::function<void(const Operation& operation, TimePoint now)>;
 
   /// `platform` is borrowed, and changed by what happens to its instances. `origin` is the time at
   /// which the run starts.
   Reporter(const Settings& settings, BladePlatform& platform, TimePoint origin);
+  void onEnd(OnEnd callback) { onEnd_ = std::move(callback); }
 
   /// The blade has been registered. Does nothing after the first time.
   void start(TimePoint now);
   /// When next() wants to be called.
-  TimePoint due() const;
-  /// A request that is to be sent at `now`, if there is one.
-  std::optional<Request> next(TimePoint now);
+  TimePoint due(bool registered = true) const;
+  /// A request that is to be sent at `now`, if there is one. A blade that is not registered reports
+  /// nothing but the format of its disk.
+  std::optional<Request> next(TimePoint now, bool registered = true);
   /// The platform report under way was answered or given up; there is one at a time.
   void onReportEnd() { reportUnderWay_ = false; }
 
@@ -58,6 +66,15 @@ class Reporter {
   /// The instance stops. After `lasts`, unless that is 0, it is started again.
   void failApp(const std::string& app, Duration lasts, TimePoint now, EventIndex event);
   void run(const OperationPlan& plan, TimePoint now, EventIndex event);
+  /// Reports of a command what is no step of an operation.
+  void say(const Progress& progress);
+  /// Lets operations go on that rest half-way for good.
+  void resume(TimePoint now);
+  /// Forgets what is under way, as a blade does that dies. start() comes anew.
+  void forget();
+  /// The command under way on the instance, or the platform; empty when there is none.
+  std::string commandOn(std::string_view app) const;
+  bool isIdle() const { return running_.empty(); }
 
  private:
   struct Running {
@@ -70,18 +87,19 @@ class Reporter {
     TimePoint end;
   };
 
-  std::optional<Request> nextAsked(TimePoint now);
-  std::optional<Request> nextStep(TimePoint now);
+  std::optional<Request> nextAsked(TimePoint now, bool registered);
+  std::optional<Request> nextStep(TimePoint now, bool registered);
+  std::optional<Request> makeStep(std::vector<Running>::iterator running, TimePoint now);
   std::optional<Request> nextRegular(TimePoint now);
   void endOutages(TimePoint now);
   void happenByChance(TimePoint now);
-  bool isBusy(const std::string& app) const;
   Request makeReport(TimePoint now, EventIndex event) const;
 
   const Settings settings_;
   BladePlatform& platform_;
   const TimePoint origin_;
   Draws draws_;
+  OnEnd onEnd_;
   std::optional<TimePoint> nextReport_;
   bool reportUnderWay_ = false;
   std::deque<Request> asked_;  // reports without a document yet

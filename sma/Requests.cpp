@@ -116,21 +116,4 @@ bool parseReply(const msglyr::Message& message, Reply& reply) {
   return true;
 }
 
-bool makeRefusal(const msglyr::Message& command, msglyr::Message& reply) {
-  if (command.getnumParts() != kParts) {
-    return false;
-  }
-  Element document{"errorResponse", "", {}};
-  Element& response = document.add("response");
-  response.add(names().code.view(), "500");
-  response.add("message", "Invalid command");
-  reply = msglyr::Message(kParts);
-  reply[0] = command[0];
-  reply[1] = command[1];
-  reply[2] = command[2];
-  reply[3] = "500";
-  reply[4] = toXml(document);
-  return true;
-}
-
 }  // namespace sma

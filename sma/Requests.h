@@ -55,8 +55,4 @@ struct Reply {
 /// cannot be read leaves the texts empty.
 bool parseReply(const msglyr::Message& message, Reply& reply);
 
-/// The answer of an agent that knows no commands: status 500. False, leaving `reply` alone, when
-/// what arrived is no five-part message.
-bool makeRefusal(const msglyr::Message& command, msglyr::Message& reply);
-
 }  // namespace sma

@@ -6,6 +6,8 @@
 #include <ostream>
 #include <sstream>
 
+#include "sma/BladeJson.h"
+
 namespace sma {
 namespace {
 
@@ -84,6 +86,24 @@ void printKinds(std::ostream& out, const BladeCounts& counts) {
   }
 }
 
+/// One line: how often each command was carried out.
+void printExecuted(std::ostream& out, const std::vector<const BladeAgent*>& blades) {
+  std::map<std::string, std::uint64_t> sums;
+  for (const BladeAgent* blade : blades) {
+    for (const auto& [what, count] : blade->desk().executions()) {
+      sums[what.first] += count;
+    }
+  }
+  if (sums.empty()) {
+    return;
+  }
+  out << "\ncarried out ";
+  for (const auto& [command, count] : sums) {
+    out << ' ' << command << 'x' << count;
+  }
+  out << '\n';
+}
+
 nlohmann::json statusesJson(const Statuses& statuses) {
   nlohmann::json result = nlohmann::json::object();
   for (const auto& [status, count] : statuses) {
@@ -123,6 +143,7 @@ void printTable(std::ostream& out, const RunResult& result, std::size_t mostRows
   row(out, "all", count + " blades", "", numbersOf(totals.counts),
       statusText(totals.counts.statuses()));
   printKinds(out, totals.counts);
+  printExecuted(out, result.blades);
   for (const std::string& failure : result.failures) {
     out << "failed: " << failure << '\n';
   }
@@ -137,6 +158,7 @@ void printJson(std::ostream& out, const RunResult& result) {
     each["token"] = blade->token();
     each["last_status"] = blade->lastStatus();
     each["last_message"] = blade->lastMessage();
+    each["told"] = toldJson(*blade);
     blades.push_back(std::move(each));
   }
   const nlohmann::json document{

@@ -13,8 +13,21 @@ namespace {
 
 using Json = nlohmann::json;
 
+void readCommands(const ScenarioReader& reader, BladeScript& script) {
+  reader.allowOnly({"time", "jitter", "fail_chance"});
+  if (reader.has("time")) {
+    script.commandTime = reader.seconds("time");
+  }
+  if (reader.has("jitter")) {
+    script.commandJitter = reader.share("jitter");
+  }
+  if (reader.has("fail_chance")) {
+    script.commandFailChance = reader.share("fail_chance");
+  }
+}
+
 BladeScript readScript(const ScenarioReader& reader) {
-  reader.allowOnly({"slots", "token", "apps", "faults", "actions"});
+  reader.allowOnly({"slots", "token", "apps", "faults", "actions", "commands", "command_faults"});
   BladeScript script;
   script.slots = reader.slots();
   if (reader.has("token")) {
@@ -28,6 +41,13 @@ BladeScript readScript(const ScenarioReader& reader) {
   }
   for (const ScenarioReader& action : reader.list("actions")) {
     script.events.push_back(readAction(action));
+  }
+  if (reader.has("commands")) {
+    readCommands(reader.at("commands"), script);
+  }
+  for (const ScenarioReader& fault : reader.list("command_faults")) {
+    fault.allowOnly(commandFaultKeys());
+    script.commandFaults.push_back(readCommandFault(fault));
   }
   return script;
 }
@@ -56,7 +76,7 @@ std::map<unsigned, Span> readStatuses(const ScenarioReader& reader, const char* 
 }
 
 Expectation readExpectation(const ScenarioReader& reader) {
-  reader.allowOnly({"slots", "state", "has_token", "counts", "statuses", "replies"});
+  reader.allowOnly({"slots", "state", "has_token", "counts", "executed", "statuses", "replies"});
   Expectation expectation;
   expectation.slots = reader.slots();
   if (reader.has("state")) {
@@ -70,6 +90,13 @@ Expectation readExpectation(const ScenarioReader& reader) {
       reader.fail("unknown count '" + name + "'");
     }
     expectation.counts[name] = value.span();
+  }
+  const auto commands = commandNames();
+  for (const auto& [name, value] : reader.object("executed")) {
+    if (std::find(commands.begin(), commands.end(), name) == commands.end()) {
+      reader.fail("unknown command '" + name + "'");
+    }
+    expectation.executed[name] = value.span();
   }
   expectation.statuses = readStatuses(reader, "statuses");
   for (const auto& [name, unused] : reader.object("replies")) {
@@ -114,6 +141,14 @@ void judge(const Expectation& expectation, const BladeAgent& blade,
     if (!span.holds(count)) {
       failures.push_back(slot + name + " is " + std::to_string(count) + ", expected " +
                          span.text());
+    }
+  }
+  for (const auto& [name, span] : expectation.executed) {
+    const std::uint64_t count = blade.desk().executed(name);
+    if (!span.holds(count)) {
+      failures.push_back(slot + "executed ");
+      failures.back().append(name).append(" is ").append(std::to_string(count));
+      failures.back().append(", expected ").append(span.text());
     }
   }
   judge(slot + "replies", expectation.statuses, blade.counts().statuses(), failures);
@@ -181,6 +216,11 @@ void Scenario::apply(BladeAgent::Settings& settings) const {
       settings.appChanges.push_back(change);
       settings.appChanges.back().id = ref.in(settings.slot);
     }
+    settings.commands.time = script.commandTime.value_or(settings.commands.time);
+    settings.commands.jitter = script.commandJitter.value_or(settings.commands.jitter);
+    settings.commands.failChance = script.commandFailChance.value_or(settings.commands.failChance);
+    settings.commands.faults.insert(settings.commands.faults.end(), script.commandFaults.begin(),
+                                    script.commandFaults.end());
     settings.events.insert(settings.events.end(), script.events.begin(), script.events.end());
   }
 }

@@ -29,6 +29,10 @@ struct BladeScript {
   std::optional<std::string> token;                ///< held from the start
   std::vector<std::pair<AppRef, AppChange>> apps;  ///< in what instances differ from the usual
   std::vector<Event> events;
+  std::optional<BladeAgent::Duration> commandTime;
+  std::optional<double> commandJitter;
+  std::optional<double> commandFailChance;
+  std::vector<CommandFault> commandFaults;
 };
 
 /// What must hold of some blades at the end.
@@ -37,6 +41,7 @@ struct Expectation {
   std::optional<BladeAgent::State> state;
   std::optional<bool> hasToken;
   std::map<std::string, Span> counts;                       ///< by the names of countByName()
+  std::map<std::string, Span> executed;                     ///< commands carried out, by name
   std::map<unsigned, Span> statuses;                        ///< replies by status code
   std::map<RequestKind, std::map<unsigned, Span>> replies;  ///< the same by what was sent
 };

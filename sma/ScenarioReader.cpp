@@ -110,6 +110,15 @@ unsigned ScenarioReader::number(const char* key, unsigned least, unsigned most) 
   return found->get<unsigned>();
 }
 
+double ScenarioReader::share(const char* key) const {
+  const auto found = value_->find(key);
+  if (found == value_->end() || !found->is_number() || found->get<double>() < 0 ||
+      found->get<double>() > 1) {
+    fail("'" + std::string(key) + "' is no number from 0 to 1");
+  }
+  return found->get<double>();
+}
+
 std::chrono::milliseconds ScenarioReader::seconds(const char* key) const {
   const auto found = value_->find(key);
   if (found == value_->end()) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "sma/CommandFault.h"
 #include "sma/Event.h"
 #include "sma/Scenario.h"
 
@@ -43,6 +44,7 @@ class ScenarioReader {
   std::string word(const char* key, const std::vector<std::string>& words) const;
   bool boolean(const char* key) const;
   unsigned number(const char* key, unsigned least, unsigned most) const;
+  double share(const char* key) const;                       ///< from 0 to 1
   std::chrono::milliseconds seconds(const char* key) const;  ///< 0 without that key
   std::vector<std::uint32_t> slots() const;                  ///< at "slots"
 
@@ -62,5 +64,11 @@ Event readFault(const ScenarioReader& reader);
 Event readAction(const ScenarioReader& reader);
 /// An instance that differs from the usual: which, and in what.
 std::pair<AppRef, AppChange> readApp(const ScenarioReader& reader);
+
+/// An object with "kind" and any of "times", "command", "delayMs", "lastsMs", "code" and "moment"
+/// ("reply" or "work"). Other keys are the caller's to refuse.
+CommandFault readCommandFault(const ScenarioReader& reader);
+/// The keys that readCommandFault() knows.
+const std::set<std::string>& commandFaultKeys();
 
 }  // namespace sma

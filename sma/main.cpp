@@ -5,9 +5,13 @@
 #include <csignal>
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <string>
 
+#include "sma/Control.h"
 #include "sma/Fleet.h"
+#include "sma/LineServer.h"
+#include "sma/Listening.h"
 #include "sma/OddRequest.h"
 #include "sma/Requests.h"
 #include "sma/RunResult.h"
@@ -30,8 +34,15 @@ struct Options {
   double failChance = 0;
   double workChance = 0;
   std::uint64_t seed = 1;
-  std::uint32_t listenBase = 0;
+  std::uint32_t listenBase = sma::kListenBase;
+  bool isBaseGiven = false;
+  bool noListen = false;
+  double commandTime = 2;
+  double commandJitter = 0.25;
+  double commandFailChance = 0;
   std::string scenario;
+  std::string state;
+  std::string control;
   bool untilJudged = false;
   bool listFaults = false;
   bool json = false;
@@ -69,8 +80,25 @@ void declare(CLI::App& app, Options& options) {
       ->capture_default_str();
   app.add_option("--listen-base", options.listenBase,
                  "blade N listens for commands on this port plus N")
-      ->check(CLI::Range(1U, 32767U));
+      ->check(CLI::Range(1U, 65535U))
+      ->capture_default_str();
+  app.add_flag("--no-listen", options.noListen, "blades take no commands");
+  app.add_option("--command-time", options.commandTime, "seconds that a command takes, on average")
+      ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
+  app.add_option("--command-jitter", options.commandJitter,
+                 "part of that time by which a command may take more or less")
+      ->check(CLI::Range(0.0, 1.0))
+      ->capture_default_str();
+  app.add_option("--command-fail-chance", options.commandFailChance,
+                 "probability that the work of a command fails")
+      ->check(CLI::Range(0.0, 1.0))
+      ->capture_default_str();
   app.add_option("--scenario", options.scenario, "JSON file with faults and expectations");
+  app.add_option("--state", options.state,
+                 "file in which blades keep what they do not forget when the simulator ends");
+  app.add_option("--control", options.control,
+                 "Unix socket that takes requests, e.g. for faults of commands, while it runs");
   app.add_flag("--list-faults", options.listFaults,
                "print the names of the odd requests that scenarios can play, and end");
   app.add_flag("--json", options.json, "print the result as JSON");
@@ -83,7 +111,7 @@ void declare(CLI::App& app, Options& options) {
       "2 wrong usage.");
 }
 
-/// Each blade costs two descriptors, and two more if it listens.
+/// Each blade costs two descriptors, and up to three more if it listens.
 void raiseDescriptorLimit() {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
@@ -120,6 +148,31 @@ std::chrono::milliseconds toMilliseconds(double seconds) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
+/// Blades listen where there is room for it, unless the ports were asked for by name: then the run
+/// does not start without. Throws std::runtime_error.
+void decideListening(const std::vector<std::uint32_t>& slots, Options& options) {
+  if (options.noListen) {
+    return;
+  }
+  const std::string why =
+      sma::whyNotListening(slots, options.listenBase, sma::ListenRoom::ofSystem());
+  if (why.empty()) {
+    return;
+  }
+  if (options.isBaseGiven) {
+    throw std::runtime_error(why);
+  }
+  std::cerr << "sma-sim: blades take no commands: " << why << '\n';
+  options.noListen = true;
+}
+
+/// The answer to a request that came while the fleet runs, on another thread.
+std::string answer(sma::Fleet& fleet, const std::string& request) {
+  std::string text;
+  const bool done = fleet.onLoop([&] { text = sma::answerControl(fleet, request); });
+  return done ? text : sma::controlError("the run has ended");
+}
+
 int simulate(const Options& options, const std::vector<std::uint32_t>& slots,
              const sma::Scenario& scenario) {
   sma::Fleet::Settings settings;
@@ -132,8 +185,22 @@ int simulate(const Options& options, const std::vector<std::uint32_t>& slots,
   settings.failChance = options.failChance;
   settings.workChance = options.workChance;
   settings.seed = options.seed;
-  settings.listenBase = options.listenBase;
+  settings.listenBase = options.noListen ? 0 : options.listenBase;
+  settings.commands.time = toMilliseconds(options.commandTime);
+  settings.commands.jitter = options.commandJitter;
+  settings.commands.failChance = options.commandFailChance;
+  std::optional<sma::StateFile> state;
+  if (!options.state.empty()) {
+    settings.state = &state.emplace(options.state);
+  }
   sma::Fleet fleet(settings, scenario);
+  std::optional<sma::LineServer> control;
+  if (!options.control.empty()) {
+    control.emplace(
+        options.control, [&fleet](const std::string& line) { return answer(fleet, line); },
+        sma::controlError("a request has at most " + std::to_string(sma::LineServer::kMostLine) +
+                          " bytes"));
+  }
   stopOnSignals(fleet);
   fleet.run([&options, &fleet](const sma::Fleet& running) {
     if (options.live) {
@@ -191,7 +258,9 @@ int main(int argc, char** argv) {
     return kExitUsage;
   }
   raiseDescriptorLimit();
+  options.isBaseGiven = app.count("--listen-base") > 0;
   try {
+    decideListening(slots, options);
     return simulate(options, slots, scenario);
   } catch (const std::exception& error) {
     std::cerr << "sma-sim: " << error.what() << '\n';

@@ -4,8 +4,9 @@
 #include <ostream>
 #include <thread>
 
-#include "dme/ModelReader.h"
-#include "dme/StateLock.h"
+#include "dme/store/ModelReader.h"
+#include "dme/store/StateLock.h"
+#include "framework/core_log/LineText.h"
 #include "supervisor/ExitCode.h"
 #include "supervisor/admin/AdminClient.h"
 #include "supervisor/admin/Json.h"
@@ -23,7 +24,7 @@ constexpr std::chrono::seconds kOpensWithin{5};
 constexpr milliseconds kBetweenAttempts{50};
 
 int fail(std::ostream& err, const std::string& cause, int exitCode = kExitFailed) {
-  err << "zedd: " << cause << std::endl;
+  err << "zedd: " << core_log::escapeLine(cause, cause.size()) << std::endl;
   return exitCode;
 }
 

@@ -4,11 +4,12 @@
 
 #include <chrono>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
-#include "dme/DatabaseFile.h"
 #include "dme/Engine.h"
+#include "dme/store/DatabaseFile.h"
 #include "framework/base/SvcConfigParams.h"
 #include "framework/core_log/Log.h"
 #include "framework/msglyr/Bounds.h"
@@ -22,7 +23,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kStartUpPoll{20};
+constexpr milliseconds kStartUpPoll{5};
 constexpr milliseconds kSignalPoll{3'600'000};
 /// Ending takes no longer than this, whatever hangs: what was acknowledged is on disk already.
 constexpr milliseconds kEndWithin{1700};
@@ -31,15 +32,20 @@ base::SvcConfigParams& config() {
   return base::SvcConfigParams::getInstance();
 }
 
+/// Opens the configured file; what is wrong with it, or nothing.
+std::optional<std::string> openLogFile() {
+  const std::string file = config().getLogFile().str();
+  const std::error_code error = file.empty() ? std::error_code() : core_log::setFile(file);
+  if (!error) {
+    return std::nullopt;
+  }
+  return "log file " + file + " cannot be opened: " + error.message();
+}
+
 void setUpLog() {
   core_log::setLevel(config().getLogLevel());
-  const std::string file = config().getLogFile().str();
-  if (file.empty()) {
-    return;
-  }
-  if (const std::error_code error = core_log::setFile(file)) {
-    throw std::runtime_error("log file " + file + " cannot be opened: " + error.message() +
-                             "; set log.file to a writable path");
+  if (const auto cause = openLogFile()) {
+    throw std::runtime_error(*cause + "; set log.file to a writable path");
   }
 }
 
@@ -130,8 +136,6 @@ void Supervisor::startService() {
     plugin.initSvc();
     plugin.main();
     waitUntilListening();
-    admin_->setReady();
-    std::cout << "zedd: ready" << std::endl;
   });
 }
 
@@ -139,17 +143,32 @@ void Supervisor::serveSignals() {
   while (true) {
     if (starting_.valid() && starting_.wait_for(milliseconds(0)) == std::future_status::ready) {
       starting_.get();  // throws what start-up threw
+      announceReady();
     }
     const bool started = !starting_.valid();
     switch (signals_.wait(started ? kSignalPoll : kStartUpPoll)) {
       case Request::Stop:
         return;
       case Request::Reload:
+        reopenLogFile();
         reloadLogLevel();
         break;
       case Request::None:
         break;
     }
+  }
+}
+
+void Supervisor::announceReady() {
+  // Here and not by the start-up, which may still be under way while everything ends.
+  admin_->setReady();
+  std::cout << "zedd: ready" << std::endl;
+}
+
+void Supervisor::reopenLogFile() {
+  if (const auto cause = openLogFile()) {
+    core_log::logPrintf("reopenLogFile", core_log::serviceLevel(), 8,
+                        "%s; lines go to the file that was open before", cause->c_str());
   }
 }
 

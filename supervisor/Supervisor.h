@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "dme/StateLock.h"
+#include "dme/store/StateLock.h"
 #include "supervisor/CommandLine.h"
 #include "supervisor/ServiceLibrary.h"
 #include "supervisor/Signals.h"
@@ -39,6 +39,9 @@ class Supervisor {
   void lockStateDirectory(const std::string& directory);
   void startService();
   void serveSignals();
+  void announceReady();
+  /// Whoever rotates the log has moved the file away before.
+  void reopenLogFile();
   void reloadLogLevel();
   [[noreturn]] void end();
 

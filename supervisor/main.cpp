@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "framework/base/SvcConfigParams.h"
+#include "framework/core_log/LineText.h"
 #include "supervisor/CommandLine.h"
 #include "supervisor/DumpModel.h"
 #include "supervisor/ExitCode.h"
@@ -33,7 +34,8 @@ int main(int argc, char** argv) {
   try {
     Supervisor(line).run();
   } catch (const std::exception& error) {
-    std::cerr << "zedd: " << error.what() << std::endl;
+    const std::string cause = error.what();  // a damaged file's content may be in it
+    std::cerr << "zedd: " << core_log::escapeLine(cause, cause.size()) << std::endl;
     // Workers of the service may already run; nothing that they use is destroyed.
     std::_Exit(kExitFailed);
   }

@@ -31,19 +31,26 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-Gateway::Gateway(const std::string& engine) : process_(command(engine)) {}
+Gateway::Gateway(const std::string& engine, const std::string& chassis)
+    : process_(command(engine, chassis)) {}
 
 std::string Gateway::endPoint() {
   return sma::defaultGateway(true);
 }
 
-std::vector<std::string> Gateway::command(const std::string& engine) const {
+std::vector<std::string> Gateway::command(const std::string& engine,
+                                          const std::string& chassis) const {
   const std::string file = folder_.path() + "/zedd.toml";
   std::ofstream config(file);
   config << "[supervisor]\nstate_dir = \"" << folder_.path() << "/state\"\n"
          << "[log]\nfile = \"" << folder_.path() << "/zedd.log\"\n";
+  config << "[dme]\n";
   if (!engine.empty()) {
-    config << "[dme]\nendpoint = \"" << engine << "\"\n";
+    config << "endpoint = \"" << engine << "\"\n";
+  }
+  if (!chassis.empty()) {
+    std::ofstream(folder_.path() + "/chassis.toml") << chassis;
+    config << "chassis = \"" << folder_.path() << "/chassis.toml\"\n";
   }
   return {besideThisProgram("zedd"), "--config", file};
 }

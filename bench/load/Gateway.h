@@ -28,15 +28,18 @@ class TemporaryFolder {
 class Gateway {
  public:
   /// With an empty `engine` the engine is embedded; otherwise it is expected at that end point.
-  /// Throws std::runtime_error if it is not ready in time.
-  explicit Gateway(const std::string& engine = "");
+  /// `chassis` is the chassis' description; empty for none. Throws std::runtime_error if it is not
+  /// ready in time.
+  explicit Gateway(const std::string& engine = "", const std::string& chassis = "");
 
   static std::string endPoint();
+  /// Path of the socket of its admin interface.
+  std::string adminSocket() const { return folder_.path() + "/state/admin.sock"; }
   clockid_t cpuClock() const { return process_.cpuClock(); }
   std::size_t residentBytes() const { return process_.residentBytes(); }
 
  private:
-  std::vector<std::string> command(const std::string& engine) const;
+  std::vector<std::string> command(const std::string& engine, const std::string& chassis) const;
 
   TemporaryFolder folder_;
   ServerProcess process_;

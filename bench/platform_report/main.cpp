@@ -122,10 +122,10 @@ method::Config disk(int number) {
   using sm::DiskFileSystemMo;
   const auto object = mo::Pool::obtain<DiskFileSystemMo>();
   object->set(DiskFileSystemMo::kDiskName, "/dev/sda" + std::to_string(number));
+  object->set(DiskFileSystemMo::kDiskMountPoint, "/mnt/" + std::to_string(number));
   object->set(DiskFileSystemMo::kDiskTotal, 40188);
   object->set(DiskFileSystemMo::kDiskFree, 20094);
   object->set(DiskFileSystemMo::kDiskUsed, 20095);
-  object->set(DiskFileSystemMo::kDiskMountPoint, "/mnt/" + std::to_string(number));
   return packed(*object);
 }
 
@@ -133,9 +133,8 @@ method::Config app(int number) {
   using sm::AppInstanceMo;
   const auto object = mo::Pool::obtain<AppInstanceMo>();
   object->set(AppInstanceMo::kAppInstanceId, std::to_string(1000 + number));
-  object->set(AppInstanceMo::kState, sm::kAppActive);
-  object->set(AppInstanceMo::kState, sm::kAppActive);
   object->set(AppInstanceMo::kInstalledVersion, "2.1." + std::to_string(number));
+  object->set(AppInstanceMo::kState, sm::kAppActive);
   return packed(*object);
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/load/EchoServer.h"
 #include "bench/request_path/GrpcLoad.h"
 #include "bench/request_path/Server.h"
 #include "echo.grpc.pb.h"
@@ -103,14 +104,14 @@ class GrpcLoad {
 
 }  // namespace
 
-int serveGrpc() {
+void serveGrpc() {
   EmptyHandler handler;
   grpc::ServerBuilder builder;
   int port = 0;
   builder.AddListeningPort("127.0.0.1:0", grpc::InsecureServerCredentials(), &port);
   builder.RegisterService(&handler);
   const std::unique_ptr<grpc::Server> server = builder.BuildAndStart();
-  announceAndWait(("127.0.0.1:" + std::to_string(port)).c_str());
+  load::announceAndWait("127.0.0.1:" + std::to_string(port));
 }
 
 load::Result loadGrpc(const load::Plan& plan) {

@@ -14,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/load/EchoServer.h"
 #include "bench/load/Gateway.h"
 #include "bench/load/Load.h"
 #include "bench/load/ServerProcess.h"
@@ -65,15 +66,6 @@ void runRound(const std::vector<Contender>& contenders, const load::Shape& shape
   }
 }
 
-/// The median of the rounds' ratios: what disturbs a round disturbs both sides of its ratio.
-double ratio(const std::vector<double>& ours, const std::vector<double>& theirs) {
-  std::vector<double> ratios;
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    ratios.push_back(ours[i] / theirs[i]);
-  }
-  return load::median(ratios);
-}
-
 void print(const std::vector<Contender>& contenders, const load::Shape& shape, Board& board) {
   std::printf("%u clients x %u\n", shape.clients, shape.outstanding);
   std::printf("  %-8s %12s %12s %10s %10s\n", "", "CPU us/req", "req/s", "p50 us", "p99 us");
@@ -86,7 +78,8 @@ void print(const std::vector<Contender>& contenders, const load::Shape& shape, B
   const Figures& ours = board["gateway"];
   for (const char* reference : {"proxy", "grpc", "router"}) {
     std::printf("  gateway / %-7s CPU %.2f, rate %.2f\n", reference,
-                ratio(ours.cpu, board[reference].cpu), ratio(ours.rate, board[reference].rate));
+                load::medianRatio(ours.cpu, board[reference].cpu),
+                load::medianRatio(ours.rate, board[reference].rate));
   }
 }
 
@@ -118,11 +111,14 @@ int run(const Options& options) {
   return 0;
 }
 
-int serve(const std::string& kind) {
+[[noreturn]] void serve(const std::string& kind) {
   if (kind == "proxy") {
-    return serveProxy();
+    serveProxy();
   }
-  return kind == "router" ? serveRouter() : serveGrpc();
+  if (kind == "router") {
+    load::serveRouter();
+  }
+  serveGrpc();
 }
 
 }  // namespace
@@ -138,7 +134,10 @@ int main(int argc, char** argv) {
       ->check(CLI::IsMember({8, 16, 64}));
   CLI11_PARSE(app, argc, argv);
   try {
-    return options.serve.empty() ? request_path::run(options) : request_path::serve(options.serve);
+    if (!options.serve.empty()) {
+      request_path::serve(options.serve);
+    }
+    return request_path::run(options);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "request_path: %s\n", error.what());
     return 1;

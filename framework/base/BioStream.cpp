@@ -27,20 +27,8 @@ void OBioStream::grow(std::size_t size) {
   capacity_ = capacity;
 }
 
-void OBioStream::write(const String& value) {
-  writeSized(value.c_str(), value.size());
-}
-
-void OBioStream::write(const Buffer& value) {
-  writeSized(value.data(), value.size());
-}
-
-void OBioStream::writeSized(const void* data, std::size_t size) {
-  if (size > std::numeric_limits<std::uint32_t>::max()) {
-    throw std::length_error("value too long for a binary stream");
-  }
-  write(static_cast<std::uint32_t>(size));
-  append(data, size);
+void OBioStream::refuseLength() {
+  throw std::length_error("value too long for a binary stream");
 }
 
 bool IBioStream::fail() noexcept {

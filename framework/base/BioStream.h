@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 #include "framework/base/Buffer.h"
@@ -44,9 +45,18 @@ class OBioStream {
   void write(float value) { writeRaw(value); }
   void write(double value) { writeRaw(value); }
   void write(bool value) { writeRaw(static_cast<std::uint8_t>(value ? 1 : 0)); }
+  // Numbers and bools one after another, with one look at the room that they take.
+  template <typename... T>
+  requires(std::is_arithmetic_v<T>&&...) void writeTogether(T... values) {
+    constexpr std::size_t kSize = (sizeof(T) + ...);
+    if (kSize > capacity_ - size_) {
+      grow(kSize);
+    }
+    ((std::memcpy(bytes_.get() + size_, &values, sizeof(T)), size_ += sizeof(T)), ...);
+  }
   // Both throw std::length_error, with nothing written, on 4 GiB and more.
-  void write(const String& value);
-  void write(const Buffer& value);
+  void write(const String& value) { writeSized(value.view().data(), value.size()); }
+  void write(const Buffer& value) { writeSized(value.data(), value.size()); }
   // A text literal would otherwise become a bool.
   template <typename T>
   void write(const T*) = delete;
@@ -74,7 +84,18 @@ class OBioStream {
   }
   // Makes room for `size` bytes more.
   void grow(std::size_t size);
-  void writeSized(const void* data, std::size_t size);
+  void writeSized(const void* data, std::size_t size) {
+    const auto length = static_cast<std::uint32_t>(size);
+    if (length != size) {
+      refuseLength();
+    }
+    if (sizeof(length) + size > capacity_ - size_) {
+      grow(sizeof(length) + size);
+    }
+    append(&length, sizeof(length));
+    append(data, size);
+  }
+  [[noreturn]] static void refuseLength();
   void swap(OBioStream& other) noexcept {
     std::swap(bytes_, other.bytes_);
     std::swap(size_, other.size_);

@@ -154,7 +154,8 @@ Found readApps(const toml::table& table, std::vector<ChassisDescription::App>& a
 }
 
 Found readSlot(const toml::table& table, ChassisDescription::Slot& slot) {
-  if (Found found = refuseOtherKeys(table, {"number", "name", "apps"}, "[[slot]]")) {
+  if (Found found =
+          refuseOtherKeys(table, {"number", "name", "serial", "model", "apps"}, "[[slot]]")) {
     return found;
   }
   if (!table.contains("number")) {
@@ -163,8 +164,11 @@ Found readSlot(const toml::table& table, ChassisDescription::Slot& slot) {
   if (Found found = readNumber(table, "number", kHighestSlot, slot.number)) {
     return found;
   }
-  if (Found found = readText(table, "name", slot.name)) {
-    return found;
+  for (const auto& [key, target] :
+       {std::pair{"name", &slot.name}, {"serial", &slot.serial}, {"model", &slot.model}}) {
+    if (Found found = readText(table, key, *target)) {
+      return found;
+    }
   }
   return readApps(table, slot.apps);
 }

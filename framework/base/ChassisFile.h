@@ -28,6 +28,9 @@ struct ChassisDescription {
     std::uint32_t number = 0;
     std::string name;
     std::vector<App> apps{};
+    // Of the blade that is to be in the slot.
+    std::string serial{};
+    std::string model{};
   };
 
   std::uint32_t id = 1;
@@ -48,6 +51,8 @@ struct ChassisDescription {
 //   [[slot]]             # once for each slot
 //   number = 3           # 1 to kHighestSlot
 //   name = "left"        # may be left out
+//   serial = "JX2302"    # of the blade; may be left out
+//   model = "b1"         # of the blade; may be left out
 //   apps = [             # application instances that are to be there; may be left out
 //     {id = "a1", version = "1.0", state = "started"},   # or "stopped"
 //     {id = "a2"},       # any version, any state

@@ -121,6 +121,9 @@ constexpr std::array kKeys = {
               false, "Missing so many heartbeats in a row makes a blade unreachable."},
     ConfigKey{"dme.grace", NumberRule{&V::dmeGrace, 0, 3600, "seconds"}, false,
               "Time after a start in which no blade is judged by its heartbeats."},
+    ConfigKey{"dme.settle_after", NumberRule{&V::dmeSettleAfter, 0, 3600, "seconds"}, false,
+              "Time without progress after which a blade's report may show that a command whose "
+              "outcome is unknown was not carried out."},
     ConfigKey{"message.max_bytes", NumberRule{&V::messageMaxBytes, 1024, 64 * kMebibyte, "bytes"},
               false, "Largest part of a message that is accepted from a peer."},
     ConfigKey{"message.max_parts", NumberRule{&V::messageMaxParts, 5, 1024, "parts"}, false,

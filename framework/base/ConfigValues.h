@@ -24,6 +24,7 @@ struct ConfigValues {
   std::int64_t dmeHeartbeatInterval = 5;
   std::int64_t dmeHeartbeatMisses = 3;
   std::int64_t dmeGrace = 30;
+  std::int64_t dmeSettleAfter = 30;
 
   std::int64_t messageMaxBytes = 1048576;
   std::int64_t messageMaxParts = 16;

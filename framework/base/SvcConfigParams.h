@@ -74,6 +74,9 @@ class SvcConfigParams {
     return static_cast<unsigned>(values_.dmeHeartbeatMisses);
   }
   std::chrono::seconds getDmeGrace() const { return std::chrono::seconds(values_.dmeGrace); }
+  std::chrono::seconds getDmeSettleAfter() const {
+    return std::chrono::seconds(values_.dmeSettleAfter);
+  }
 
   std::size_t getMessageMaxBytes() const {
     return static_cast<std::size_t>(values_.messageMaxBytes);

@@ -9,8 +9,8 @@
 namespace core_utils {
 namespace {
 
-[[noreturn]] void refuse(const base::String& text) {
-  throw std::invalid_argument("not a decimal number: '" + text.str() + "'");
+[[noreturn]] void refuse(std::string_view text) {
+  throw std::invalid_argument("not a decimal number: '" + std::string(text) + "'");
 }
 
 // True when all of `digits` is one number of type T.
@@ -29,19 +29,19 @@ void stringToInt(const base::String& text, std::int32_t& value) {
   if (digits.starts_with('+')) {
     digits.remove_prefix(1);
     if (digits.starts_with('-')) {
-      refuse(text);
+      refuse(text.view());
     }
   }
   std::int32_t parsed = 0;
   if (!parseAll(digits, parsed)) {
-    refuse(text);
+    refuse(text.view());
   }
   value = parsed;
 }
 
-void stringToUint(const base::String& text, std::uint32_t& value) {
+void stringToUint(std::string_view text, std::uint32_t& value) {
   std::uint32_t parsed = 0;
-  if (!parseAll(text.view(), parsed)) {
+  if (!parseAll(text, parsed)) {
     refuse(text);
   }
   value = parsed;

@@ -97,4 +97,9 @@ void FinjManager::clear() {
   hasActivities_ = false;
 }
 
+std::map<std::string, Activity> FinjManager::activities() const {
+  const std::lock_guard guard(lock_);
+  return {activities_.begin(), activities_.end()};
+}
+
 }  // namespace finj

@@ -47,11 +47,13 @@ class FinjManager {
   /// Takes the activity of a hook away. False when it has none.
   bool removeActivity(const std::string& hook);
   void clear();
+  /// What is set, by the hooks' names. An activity for a number of times has those that are left.
+  std::map<std::string, Activity> activities() const;
 
  private:
   FinjManager() = default;
 
-  std::mutex lock_;
+  mutable std::mutex lock_;
   std::map<std::string, Activity, std::less<>> activities_;  // guarded by lock_
   std::atomic<bool> hasActivities_{false};                   // written under lock_
 };

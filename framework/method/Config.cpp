@@ -26,12 +26,18 @@ bool readCount(base::IBioStream& stream, std::uint32_t most, std::size_t smalles
   return stream.read(count) && count <= most && count <= stream.remaining() / smallest;
 }
 
-void writeValue(base::OBioStream& stream, const Value& value) {
-  stream.write(static_cast<std::uint8_t>(value.index()));
+void writeProperty(base::OBioStream& stream, std::uint32_t propertyId, const Value& value) {
+  const auto tag = static_cast<std::uint8_t>(value.index());
   std::visit(
       [&](const auto& content) {
-        if constexpr (!std::is_same_v<std::decay_t<decltype(content)>, std::monostate>) {
-          stream.write(content);
+        using Content = std::decay_t<decltype(content)>;
+        if constexpr (std::is_arithmetic_v<Content>) {
+          stream.writeTogether(propertyId, tag, content);
+        } else {
+          stream.writeTogether(propertyId, tag);
+          if constexpr (!std::is_same_v<Content, std::monostate>) {
+            stream.write(content);
+          }
         }
       },
       value);
@@ -68,13 +74,11 @@ Config& Config::addChild(Config child) {
 }
 
 void Config::serialize(base::OBioStream& stream) const {
-  stream.write(classId_);
-  stream.write(flags_);
+  stream.writeTogether(classId_, flags_);
   dn_.serialize(stream);
   stream.write(static_cast<std::uint32_t>(values_.size()));
   for (const auto& [propertyId, value] : values_) {
-    stream.write(propertyId);
-    writeValue(stream, value);
+    writeProperty(stream, propertyId, value);
   }
   stream.write(static_cast<std::uint32_t>(children_.size()));
   for (const Config& child : children_) {

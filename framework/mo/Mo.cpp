@@ -4,6 +4,39 @@
 
 namespace mo {
 
+// Inline, because nothing outside this file calls them, which a compiler that makes code for a
+// shared library cannot know.
+inline bool Mo::isIn(std::uint32_t propertyGroup, std::uint32_t propertyId) const {
+  const PropertyInfo* const info = classInfo_ != nullptr ? classInfo_->find(propertyId) : nullptr;
+  return ((info != nullptr ? info->group : kStateGroup) & propertyGroup) != 0;
+}
+
+inline method::Config Mo::packed(method::ValueMap&& values, std::uint32_t propertyGroup,
+                                 const ChangeFlags* only, unsigned int depth,
+                                 std::uint32_t flags) const {
+  const ChangeFlags& wanted = only == nullptr ? changeFlags_ : *only;
+  auto next = wanted.begin();  // both are in ascending order
+  values.keepIf([&](std::uint32_t propertyId) {
+    while (next != wanted.end() && *next < propertyId) {
+      ++next;
+    }
+    const bool isWanted = only == nullptr || (next != wanted.end() && *next == propertyId);
+    return isWanted && isIn(propertyGroup, propertyId);
+  });
+  if (only != nullptr && only->size() != values.size()) {
+    for (const std::uint32_t propertyId : *only) {
+      if (isIn(propertyGroup, propertyId) && values.find(propertyId) == nullptr) {
+        values.set(propertyId, method::Value());
+      }
+    }
+  }
+  method::Config config(classId_, dn_, std::move(values), flags);
+  for (std::size_t i = 0; depth > 0 && i < attached_.size(); ++i) {
+    config.addChild(attached_[i]->toConfig(propertyGroup, nullptr, depth - 1, flags));
+  }
+  return config;
+}
+
 Mo* Mo::attach(std::unique_ptr<Mo> object) {
   return object != nullptr ? attached_.emplace_back(std::move(object)).get() : nullptr;
 }
@@ -31,42 +64,12 @@ base::String Mo::stringify(std::uint32_t propertyId) const {
 
 method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
                             unsigned int depth, std::uint32_t flags) const& {
-  return packed(values_, propertyGroup, only, depth, flags);
+  return packed(method::ValueMap(values_), propertyGroup, only, depth, flags);
 }
 
 method::Config Mo::toConfig(std::uint32_t propertyGroup, const ChangeFlags* only,
                             unsigned int depth, std::uint32_t flags) && {
   return packed(std::move(values_), propertyGroup, only, depth, flags);
-}
-
-method::Config Mo::packed(method::ValueMap values, std::uint32_t propertyGroup,
-                          const ChangeFlags* only, unsigned int depth, std::uint32_t flags) const {
-  const ChangeFlags& wanted = only == nullptr ? changeFlags_ : *only;
-  auto next = wanted.begin();  // both are in ascending order
-  values.keepIf([&](std::uint32_t propertyId) {
-    while (next != wanted.end() && *next < propertyId) {
-      ++next;
-    }
-    const bool isWanted = only == nullptr || (next != wanted.end() && *next == propertyId);
-    return isWanted && isIn(propertyGroup, propertyId);
-  });
-  if (only != nullptr && only->size() != values.size()) {
-    for (const std::uint32_t propertyId : *only) {
-      if (isIn(propertyGroup, propertyId) && values.find(propertyId) == nullptr) {
-        values.set(propertyId, method::Value());
-      }
-    }
-  }
-  method::Config config(classId_, dn_, std::move(values), flags);
-  for (std::size_t i = 0; depth > 0 && i < attached_.size(); ++i) {
-    config.addChild(attached_[i]->toConfig(propertyGroup, nullptr, depth - 1, flags));
-  }
-  return config;
-}
-
-bool Mo::isIn(std::uint32_t propertyGroup, std::uint32_t propertyId) const {
-  const PropertyInfo* const info = classInfo_ != nullptr ? classInfo_->find(propertyId) : nullptr;
-  return ((info != nullptr ? info->group : kStateGroup) & propertyGroup) != 0;
 }
 
 void Mo::renew(Dn dn) {

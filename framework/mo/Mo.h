@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -51,6 +52,11 @@ class Mo {
   template <class T>
   void set(const Property<T>& property, std::type_identity_t<T>&& value) {
     values_.set(property.id, std::move(value));
+    changeFlags_.mark(property.id);
+  }
+  /// The same, with the text made in its place.
+  void set(const Property<base::String>& property, std::string_view value) {
+    values_.set(property.id, value);
     changeFlags_.mark(property.id);
   }
   /// The same by number. Whether the class has the property and of which kind is not checked.
@@ -130,7 +136,7 @@ class Mo {
   /// Makes the object what it was when it was new, under another name, in the memory that it has.
   void renew(Dn dn);
   bool isIn(std::uint32_t propertyGroup, std::uint32_t propertyId) const;
-  method::Config packed(method::ValueMap values, std::uint32_t propertyGroup,
+  method::Config packed(method::ValueMap&& values, std::uint32_t propertyGroup,
                         const ChangeFlags* only, unsigned int depth, std::uint32_t flags) const;
 
   const std::uint32_t classId_;

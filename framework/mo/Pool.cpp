@@ -1,18 +1,39 @@
 #include "framework/mo/Pool.h"
 
-#include <map>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace mo {
 
 namespace {
 
-using Spare = std::vector<std::unique_ptr<Mo>>;
+struct Spare {
+  std::uint32_t classId;
+  std::vector<std::unique_ptr<Mo>> objects;
+};
 
-struct Shelf {
+/// The classes whose objects are lent are a handful, so they are looked for one after another.
+class Shelf {
+ public:
   std::mutex lock;
-  std::map<std::uint32_t, Spare> spare;  // by class; guarded by `lock`
+
+  /// Null when no object of the class was ever given back. To be called under `lock`.
+  Spare* find(std::uint32_t classId) {
+    for (Spare& each : spares_) {
+      if (each.classId == classId) {
+        return &each;
+      }
+    }
+    return nullptr;
+  }
+  Spare& make(std::uint32_t classId) {
+    Spare* const there = find(classId);
+    return there != nullptr ? *there : spares_.emplace_back(Spare{classId, {}});
+  }
+
+ private:
+  std::vector<Spare> spares_;  // guarded by `lock`
 };
 
 /// Never destroyed: threads may give objects back while the process exits.
@@ -24,13 +45,14 @@ Shelf& shelf() {
 }  // namespace
 
 Mo* Pool::alloc(std::uint32_t classId) {
-  const std::lock_guard guard(shelf().lock);
-  const auto found = shelf().spare.find(classId);
-  if (found == shelf().spare.end() || found->second.empty()) {
+  Shelf& all = shelf();
+  const std::lock_guard guard(all.lock);
+  Spare* const found = all.find(classId);
+  if (found == nullptr || found->objects.empty()) {
     return nullptr;
   }
-  Mo* const object = found->second.back().release();
-  found->second.pop_back();
+  Mo* const object = found->objects.back().release();
+  found->objects.pop_back();
   return object;
 }
 
@@ -40,10 +62,11 @@ void Pool::release(Mo* object) {
     return;
   }
   owned->renew(Dn());
-  const std::lock_guard guard(shelf().lock);
-  Spare& spare = shelf().spare[owned->classId()];
-  if (spare.size() < kMostPerClass) {
-    spare.push_back(std::move(owned));
+  Shelf& all = shelf();
+  const std::lock_guard guard(all.lock);
+  Spare& spare = all.make(owned->classId());
+  if (spare.objects.size() < kMostPerClass) {
+    spare.objects.push_back(std::move(owned));
   }
 }
 

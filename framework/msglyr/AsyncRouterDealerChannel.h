@@ -16,12 +16,14 @@ inline constexpr role_t kRoleRequestWorker = 5;  // takes requests from a shared
 //
 // Role kRoleClient. setServerEndPoint names one server; called again, it leaves the former server
 // first. The connection is made with the first request and given up after one that is not
-// answered, so a channel that is not used costs no descriptor. A request is held back until the
-// connection exists and is given up at the deadline: what was not on its way by then is never sent
-// later, nor after the channel was destroyed. The deadline is the receive time-out, counted from
-// the start of send: send(m) and then receive(m, 10000) end together within ten seconds. send
-// returns the number of parts also while the connection does not exist yet; receive then returns 0
-// at the deadline. Several threads may use one channel under a lock of their own.
+// answered, and after one that was answered more than once; a channel that is not used costs no
+// descriptor. The deadline is the receive time-out, counted from the start of send: send(m) and
+// then receive(m, 10000) end together within ten seconds. send returns the number of parts, and
+// the request goes out in receive as soon as the connection exists. A request that is not answered
+// by the deadline is given up: it does not reach the server later, neither from here nor from the
+// kernel, which repeats what a cut link has lost. So none goes out in the last second, and receive
+// returns 0 then; with time-outs below two seconds the kernel may still deliver one too late.
+// Several threads may use one channel under a lock of their own.
 //
 // Role kRoleRequestWorker. Channels of one process that name the same three texts (name, server
 // end point, worker end point) share one listening socket, and each of them takes the next

@@ -13,23 +13,33 @@
 namespace msglyr {
 namespace {
 
+using std::chrono::milliseconds;
+
+constexpr const char* kNoEndPoint = "the channel has no server end point";
+
 constexpr int kConnectTimeoutMs = 2000;
 constexpr int kReconnectMs = 100;
 constexpr int kLongestReconnectMs = 1000;
 
-// The kernel gives up data that the peer has not acknowledged for so long. It is shorter than the
-// ten seconds that a command may take, so that a command sent into a cut link is not delivered
-// when the link comes back after the command was reported as failed.
-constexpr int kRetransmitMs = 8000;
+// How long a request may still arrive after it was handed to the kernel, if nothing sets a limit.
+constexpr milliseconds kLongestLife{8000};
+// The kernel counts how long it has repeated a request from its first repetition on, which comes
+// so long after the request.
+constexpr milliseconds kFirstRepetition{250};
+// No request goes out in the last moments before its deadline: they are too short for the kernel
+// to repeat it even once and give it up.
+constexpr milliseconds kLastMoments{1000};
+constexpr milliseconds kShortest{1};
 
-Socket makeDealer() {
+Socket makeDealer(milliseconds life) {
+  const milliseconds repeats = std::max(life - std::min(kFirstRepetition, life / 3), kShortest);
   Socket socket(ZMQ_DEALER);
   applyBounds(socket, bounds());
   socket.set(ZMQ_IMMEDIATE, 1);
   socket.set(ZMQ_CONNECT_TIMEOUT, kConnectTimeoutMs);
   socket.set(ZMQ_RECONNECT_IVL, kReconnectMs);
   socket.set(ZMQ_RECONNECT_IVL_MAX, kLongestReconnectMs);
-  socket.set(ZMQ_TCP_MAXRT, kRetransmitMs);
+  socket.set(ZMQ_TCP_MAXRT, static_cast<int>(repeats.count()));
   return socket;
 }
 
@@ -70,54 +80,64 @@ MessageLimits limits() {
 }  // namespace
 
 void ClientEnd::connect(const std::string& endPoint) {
-  waiting_.reset();
+  giveUp();
   sendBegan_.reset();
-  socket_.reset();
   endPoint_.clear();
   checkTcpEndPoint(endPoint);
   endPoint_ = endPoint;
 }
 
 int ClientEnd::send(const Message& message) {
-  const Socket& socket = connected();
-  sendBegan_ = Clock::now();
-  waiting_.reset();
-  dropArrived();
-  switch (sendMessage(socket, nullptr, message.parts())) {
-    case Io::Done:
-      break;
-    case Io::WouldBlock:
-      waiting_ = message.parts();
-      break;
-    default:
-      counterCells().sendFailed.add();
-      return -1;
+  if (endPoint_.empty()) {
+    throw std::logic_error(kNoEndPoint);
   }
+  sendBegan_ = Clock::now();
+  waiting_ = message.parts();
   return static_cast<int>(message.getnumParts());
 }
 
-int ClientEnd::receive(Message& message, std::optional<std::chrono::milliseconds> timeout) {
+int ClientEnd::receive(Message& message, std::optional<milliseconds> timeout) {
+  if (endPoint_.empty()) {
+    throw std::logic_error(kNoEndPoint);
+  }
   const Clock::time_point begin = std::exchange(sendBegan_, std::nullopt).value_or(Clock::now());
-  std::optional<Clock::time_point> deadline;
+  std::optional<Deadline> deadline;
   if (timeout) {
-    deadline = begin + *timeout;
+    deadline = {begin + *timeout, begin + *timeout - std::min(kLastMoments, *timeout / 2)};
   }
-  const int count = await(message, deadline);
-  if (count <= 0) {
-    waiting_.reset();
-    socket_.reset();
+  if (waiting_ && line_ && hasArrived()) {
+    line_.reset();  // and with it what else its server may still say
   }
-  return count;
+  try {
+    const int count = await(message, deadline);
+    if (count <= 0) {
+      giveUp();
+    }
+    return count;
+  } catch (...) {
+    giveUp();
+    throw;
+  }
 }
 
-int ClientEnd::await(Message& message, std::optional<Clock::time_point> deadline) {
-  const Socket& socket = connected();
+void ClientEnd::giveUp() {
+  waiting_.reset();
+  line_.reset();
+}
+
+int ClientEnd::await(Message& message, const std::optional<Deadline>& deadline) {
   std::vector<std::string> parts;
   do {
+    if (!prepareLine(deadline)) {
+      return 0;
+    }
     if (!sendWaiting()) {
       return -1;
     }
-    const Received received = receiveMessage(socket, frame_, limits(), nullptr, parts);
+    if (waiting_) {
+      continue;
+    }
+    const Received received = receiveMessage(line_->socket, frame_, limits(), nullptr, parts);
     switch (received.outcome) {
       case Io::Done:
         message.parts() = std::move(parts);
@@ -135,24 +155,25 @@ int ClientEnd::await(Message& message, std::optional<Clock::time_point> deadline
   return 0;
 }
 
-const Socket& ClientEnd::connected() {
-  if (endPoint_.empty()) {
-    throw std::logic_error("the channel has no server end point");
+// Sees to a line that a waiting request may use now. False when it is too late for it to go out.
+bool ClientEnd::prepareLine(const std::optional<Deadline>& deadline) {
+  const Clock::time_point now = Clock::now();
+  if (line_ && (!waiting_ || !deadline || now + line_->life <= deadline->end)) {
+    return true;
   }
-  if (!socket_) {
-    Socket socket = makeDealer();
-    socket.connect(endPoint_);
-    socket_.emplace(std::move(socket));
+  if (waiting_ && deadline && now >= deadline->lastMoments) {
+    return false;
   }
-  return *socket_;
-}
-
-void ClientEnd::dropArrived() {
-  std::vector<std::string> parts;
-  Io outcome = Io::Done;
-  while (outcome == Io::Done || outcome == Io::Refused) {
-    outcome = receiveMessage(*socket_, frame_, limits(), nullptr, parts).outcome;
+  milliseconds life = kLongestLife;
+  if (deadline) {
+    // The fourth part that is left is the time to connect.
+    const auto left = std::chrono::floor<milliseconds>(deadline->end - now);
+    life = std::clamp(left * 3 / 4, kShortest, kLongestLife);
   }
+  Socket socket = makeDealer(life);
+  socket.connect(endPoint_);
+  line_.emplace(Line{std::move(socket), life});
+  return true;
 }
 
 // False if the transport has failed.
@@ -160,7 +181,7 @@ bool ClientEnd::sendWaiting() {
   if (!waiting_) {
     return true;
   }
-  const Io outcome = sendMessage(*socket_, nullptr, *waiting_);
+  const Io outcome = sendMessage(line_->socket, nullptr, *waiting_);
   if (outcome != Io::WouldBlock) {
     waiting_.reset();
   }
@@ -171,19 +192,27 @@ bool ClientEnd::sendWaiting() {
   return true;
 }
 
+// Takes a message from the line if there is one.
+bool ClientEnd::hasArrived() {
+  std::vector<std::string> parts;
+  return receiveMessage(line_->socket, frame_, limits(), nullptr, parts).outcome != Io::WouldBlock;
+}
+
 // Waits until there may be something to do; false if the deadline has passed.
-bool ClientEnd::waitUntil(std::optional<Clock::time_point> deadline) const {
+bool ClientEnd::waitUntil(const std::optional<Deadline>& deadline) const {
   long limit = -1;
   if (deadline) {
     // Rounded down: rather a fraction of a millisecond early than late.
-    const auto left = std::chrono::floor<std::chrono::milliseconds>(*deadline - Clock::now());
-    if (left.count() <= 0) {
+    const Clock::time_point now = Clock::now();
+    const Clock::time_point end = waiting_ ? deadline->end - line_->life : deadline->end;
+    const auto left = std::chrono::floor<milliseconds>(end - now);
+    if (deadline->end - now < kShortest) {
       return false;
     }
-    limit = std::min<long>(left.count(), std::numeric_limits<int>::max());
+    limit = std::clamp<long>(left.count(), waiting_ ? 1 : 0, std::numeric_limits<int>::max());
   }
-  const short events = static_cast<short>(ZMQ_POLLIN | (waiting_ ? ZMQ_POLLOUT : 0));
-  zmq_pollitem_t item{socket_->handle(), 0, events, 0};
+  const short events = waiting_ ? ZMQ_POLLOUT : ZMQ_POLLIN;
+  zmq_pollitem_t item{line_->socket.handle(), 0, events, 0};
   return zmq_poll(&item, 1, limit) >= 0 || errno == EINTR;
 }
 

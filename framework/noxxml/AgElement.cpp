@@ -56,24 +56,11 @@ std::vector<AgElement*> AgElement::findChildren(const base::String& name) const 
 
 std::vector<AgElement*> AgElement::xmlFindAllElementsCb(const base::String& name) const {
   std::vector<AgElement*> found;
-  const std::string_view wanted = name.view();
-  AgElement* each = firstChild_;
-  while (each != nullptr) {
-    if (isSameName(each->name_, wanted)) {
+  visitBelow([&](AgElement* each) {
+    if (each->isNamed(name)) {
       found.push_back(each);
     }
-    if (each->firstChild_ != nullptr) {
-      each = each->firstChild_;
-      continue;
-    }
-    while (each->nextSibling_ == nullptr) {
-      each = each->parent_;
-      if (each == this) {
-        return found;
-      }
-    }
-    each = each->nextSibling_;
-  }
+  });
   return found;
 }
 

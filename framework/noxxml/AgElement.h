@@ -21,6 +21,7 @@ class AgElement {
   AgElement& operator=(const AgElement&) = delete;
 
   base::String name() const;
+  bool isNamed(const base::String& name) const { return isSameName(name_, name.view()); }
   // The element's own character data with references decoded, without that of its children.
   // Pieces that children or comments separate are joined; blanks between children are left out.
   base::String text() const;
@@ -48,6 +49,26 @@ class AgElement {
   // All elements of that name below this one, at any depth, in document order; this element
   // itself is not among them.
   std::vector<AgElement*> xmlFindAllElementsCb(const base::String& name) const;
+  // Calls `visit` with every element below this one, at any depth, in document order: for who
+  // looks for several names, in one walk.
+  template <class Visit>
+  void visitBelow(Visit visit) const {
+    AgElement* each = firstChild_;
+    while (each != nullptr) {
+      visit(each);
+      if (each->firstChild_ != nullptr) {
+        each = each->firstChild_;
+        continue;
+      }
+      while (each->nextSibling_ == nullptr) {
+        each = each->parent_;
+        if (each == this) {
+          return;
+        }
+      }
+      each = each->nextSibling_;
+    }
+  }
 
  private:
   friend class AgFactory;

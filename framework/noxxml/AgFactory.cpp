@@ -8,8 +8,7 @@ namespace noxxml {
 
 void AgFactory::makeRoom(unsigned size) {
   constexpr unsigned kFirst = 4;
-  constexpr unsigned kMost = 256;
-  roomSize_ = std::max(size, std::clamp(2 * roomSize_, kFirst, kMost));
+  roomSize_ = std::max(size, std::clamp(2 * roomSize_, kFirst, kMostRoom));
   unused_ = roomSize_;
   room_ =
       static_cast<AgElement*>(memory_.allocate(roomSize_ * sizeof(AgElement), alignof(AgElement)));

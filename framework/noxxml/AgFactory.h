@@ -38,6 +38,13 @@ class AgFactory {
     }
     return element;
   }
+  // Makes room at once for so many, or for as many as are worth it; they need not come.
+  void expectElements(std::size_t count) {
+    const unsigned wanted = count < kMostRoom ? static_cast<unsigned>(count) : kMostRoom;
+    if (wanted > unused_) {
+      makeRoom(wanted);
+    }
+  }
   static void setText(AgElement* element, std::string_view text) { element->text_ = text; }
   // False, with nothing done, when the element has one of that name. Refers to the texts.
   bool createAttribute(AgElement* element, std::string_view name, std::string_view value);
@@ -51,6 +58,7 @@ class AgFactory {
 
   // Holds a usual request or reply without a second chunk.
   static constexpr std::size_t kFirstChunk = 960;
+  static constexpr unsigned kMostRoom = 512;
   std::pmr::monotonic_buffer_resource memory_{kFirstChunk};
   AgElement* room_ = nullptr;  // where the next element goes
   unsigned unused_ = 0;        // elements that still fit there

@@ -54,14 +54,20 @@ Character decode(std::string_view text) noexcept {
   return {code, size};
 }
 
-// True when all eight bytes at `bytes` are printable ASCII or DEL, which is most text.
-bool isPlainWord(const char* bytes) noexcept {
+// True when all of so many eights of bytes at `bytes` are printable ASCII or DEL, which is most
+// text.
+template <std::size_t kWords>
+bool arePlainWords(const char* bytes) noexcept {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, sizeof(word));
-  // The high bit of a byte that is below 0x20 or above 0x7f; one may spill into the byte above
-  // a byte that is itself marked, which does no harm.
-  return (((word - kOnes * 0x20) | word) & (kOnes * 0x80)) == 0;
+  std::uint64_t marks = 0;
+  for (std::size_t i = 0; i < kWords; ++i) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes + i * sizeof(word), sizeof(word));
+    // The high bit of a byte that is below 0x20 or above 0x7f; one may spill into the byte above
+    // a byte that is itself marked, which does no harm.
+    marks |= (word - kOnes * 0x20) | word;
+  }
+  return (marks & (kOnes * 0x80)) == 0;
 }
 
 bool isLegal(std::uint32_t code) noexcept {
@@ -164,8 +170,11 @@ bool isLegalName(std::string_view name) noexcept {
 
 std::size_t legalPrefix(std::string_view text) noexcept {
   std::size_t at = 0;
+  while (text.size() - at >= 64 && arePlainWords<8>(text.data() + at)) {
+    at += 64;
+  }
   while (at < text.size()) {
-    if (text.size() - at >= 8 && isPlainWord(text.data() + at)) {
+    if (text.size() - at >= 8 && arePlainWords<1>(text.data() + at)) {
       at += 8;
       continue;
     }

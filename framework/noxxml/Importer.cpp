@@ -19,8 +19,16 @@ constexpr unsigned kOptions = pugi::parse_cdata | pugi::parse_escapes |
                               pugi::parse_wconv_attribute | pugi::parse_eol |
                               pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
 
+// Enough for a document without sections, references and attributes; the parser is faster when it
+// need not look for them.
+constexpr unsigned kPlainOptions =
+    pugi::parse_eol | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
+
 // Keeps the search for duplicates, which is quadratic, from being worth an attack.
 constexpr unsigned kMaxAttributes = 64;
+
+// How long an element is in the documents of blades, its tags included.
+constexpr std::size_t kBytesPerElement = 32;
 
 }  // namespace
 
@@ -115,11 +123,13 @@ AgElement* Importer::import(std::string_view text) {
   }
   // The encoding is fixed: a parser that guesses would see other tags than the pre-scan did.
   pugi::xml_document document;
-  const pugi::xml_parse_result result = document.load_buffer_inplace(
-      factory_.copyBytes(text), text.size(), kOptions, pugi::encoding_utf8);
+  const pugi::xml_parse_result result =
+      document.load_buffer_inplace(factory_.copyBytes(text), text.size(),
+                                   isPlain ? kPlainOptions : kOptions, pugi::encoding_utf8);
   if (!result) {
     return nullptr;
   }
+  factory_.expectElements(text.size() / kBytesPerElement);
   Tree tree(factory_, isPlain, bounds);
   return document.traverse(tree) ? tree.root() : nullptr;
 }

@@ -56,8 +56,21 @@ class Writer {
       out_ += '"';
     }
     out_ += isEmpty(element) ? "/>" : ">";
-    appendEscapedText(out_, element->text_);
+    writeText(element);
     return true;
+  }
+
+  // Blanks before a child would be read back as layout, unless the first stands as a reference.
+  void writeText(const AgElement* element) {
+    std::string_view text = element->text_;
+    const bool isBlank = text.find_first_not_of(" \t\n\r") == std::string_view::npos;
+    if (element->firstChild_ != nullptr && isBlank && !text.empty()) {
+      out_ += "&#";
+      out_ += std::to_string(static_cast<int>(text.front()));
+      out_ += ';';
+      text.remove_prefix(1);
+    }
+    appendEscapedText(out_, text);
   }
 
   void close(const AgElement* element) {

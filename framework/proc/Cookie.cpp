@@ -1,5 +1,6 @@
 #include "framework/proc/Cookie.h"
 
+#include <endian.h>
 #include <sys/random.h>
 
 #include <array>
@@ -27,7 +28,10 @@ std::uint64_t drawRun() {
 void makeCookie(base::Buffer& cookie) {
   static const std::uint64_t run = drawRun();
   static std::atomic<std::uint64_t> next{1};
-  const std::array<std::uint64_t, 2> words{run, next.fetch_add(1, std::memory_order_relaxed)};
+  // The high byte first, so that cookies sort in the order of the calls: who keeps them in a map
+  // works at its end, and not all over it.
+  const std::array<std::uint64_t, 2> words{run,
+                                           htobe64(next.fetch_add(1, std::memory_order_relaxed))};
   cookie.allocate(words.data(), sizeof(words));
 }
 

@@ -44,6 +44,10 @@ std::string footerOf(const std::string& file) {
 
 }  // namespace
 
+base::String posixRulesOf(const std::string& zone) {
+  return isZoneName(zone) ? footerOf(readZoneFile(zone)) : "";
+}
+
 TimeZoneCache& TimeZoneCache::getInstance() {
   static TimeZoneCache& cache = *new TimeZoneCache;
   return cache;
@@ -60,7 +64,7 @@ base::String TimeZoneCache::getTimeZoneInPosix() const {
     const std::lock_guard guard(lock_);
     zone = zone_;
   }
-  return isZoneName(zone) ? footerOf(readZoneFile(zone)) : "";
+  return posixRulesOf(zone);
 }
 
 }  // namespace utils

@@ -7,6 +7,11 @@
 
 namespace utils {
 
+/// A zone's rules for daylight saving time, in the form of POSIX's variable TZ:
+/// "CET-1CEST,M3.5.0,M10.5.0/3" of "Europe/Berlin". Empty when the system has no file of its name,
+/// or the zone follows no such rules. Reads the file. Thread-safe.
+base::String posixRulesOf(const std::string& zone);
+
 /// The chassis' time zone, and what the system's zone files say of it. Thread-safe.
 ///
 /// lock() and unlock() are for a caller whose steps belong together; the operations do not need
@@ -21,9 +26,7 @@ class TimeZoneCache {
 
   /// Stores the name of a zone, as "Europe/Berlin".
   void setTimeZoneData(base::String zone);
-  /// The stored zone with its rules for daylight saving time, in the form of POSIX's variable TZ:
-  /// "CET-1CEST,M3.5.0,M10.5.0/3". Empty when no zone is stored, the system has no file of its
-  /// name, or the zone follows no such rules. Reads the file.
+  /// posixRulesOf() the stored zone; empty when none is stored.
   base::String getTimeZoneInPosix() const;
 
  private:

@@ -24,6 +24,12 @@ enum class Manner : std::uint8_t {
 };
 inline constexpr unsigned kManners = 9;
 
+/// Whether who waits for the engine's answer reads a no.
+constexpr bool saysNo(Manner manner) {
+  return manner == Manner::kRejects || manner == Manner::kFails ||
+         manner == Manner::kAnswersTwice;  // the second answer is there before the first is read
+}
+
 /// Takes the manner off the front of an input; every byte stands for one.
 inline Manner takeManner(Input& input) {
   if (input.empty()) {

@@ -6,9 +6,9 @@
 #include "fuzz/support/Check.h"
 #include "fuzz/support/Gateway.h"
 #include "fuzz/support/ReplyChecks.h"
+#include "fuzz/support/Tags.h"
 #include "model/serverapi/Methods.h"
 #include "model/serviceorchapi/Methods.h"
-#include "serviceOrchAG/handlers/SlotIdentity.h"
 
 // The document of a command's progress: by what it holds the engine hears of an instance, an
 // image's upload or a disk's format, and the blade is answered if it wants to be.
@@ -19,12 +19,6 @@ namespace {
 using serverapi::OsControllerUpgradeProgressMe;
 using serviceorchapi::UpdateDiskFormatStatusMe;
 using serviceorchapi::UpdateProgressMe;
-using Tags = std::map<base::String, base::String>;
-
-std::string trimmed(const Tags& tags, const char* tag) {
-  const auto entry = tags.find(tag);
-  return entry == tags.end() ? "" : zan_serviceOrchAG::trim(entry->second).str();
-}
 
 bool isWhole(const Tags& tags) {
   static const std::set<std::string> kCommands{"installApp",         "uninstallApp", "upgradeApp",

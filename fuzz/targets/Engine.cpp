@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "dme/BladeMonitor.h"
-#include "dme/Chassis.h"
-#include "dme/MethodServer.h"
-#include "dme/ObjectStore.h"
+#include "dme/blades/BladeMonitor.h"
+#include "dme/chassis/Chassis.h"
+#include "dme/link/MethodServer.h"
+#include "dme/store/ObjectStore.h"
 #include "framework/base/ChassisFile.h"
 #include "framework/method/Wire.h"
 #include "framework/msglyr/LinkBatch.h"

@@ -6,21 +6,19 @@
 #include "fuzz/support/Check.h"
 #include "fuzz/support/Gateway.h"
 #include "fuzz/support/ReplyChecks.h"
+#include "fuzz/support/Tags.h"
 #include "model/serviceorchapi/Methods.h"
-#include "serviceOrchAG/handlers/SlotIdentity.h"
 
 // A heartbeat's document: whatever it holds, the engine hears of one beat and the blade an OK.
 
 namespace fuzz {
 namespace {
 
-std::uint32_t numberOf(const std::map<base::String, base::String>& tags, const char* tag) {
+std::uint32_t numberOf(const Tags& tags, const char* tag) {
   std::uint32_t number = 0;
-  if (const auto entry = tags.find(tag); entry != tags.end()) {
-    try {
-      core_utils::stringToUint(zan_serviceOrchAG::trim(entry->second), number);
-    } catch (const std::invalid_argument&) {
-    }
+  try {
+    core_utils::stringToUint(trimmed(tags, tag), number);
+  } catch (const std::invalid_argument&) {
   }
   return number;
 }

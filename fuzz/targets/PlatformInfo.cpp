@@ -24,16 +24,10 @@ using serviceorchapi::ValidateAppInstancesMe;
 
 /// The status that the engine's manner leads to.
 unsigned expectedStatus(Manner manner) {
-  switch (manner) {
-    case Manner::kRejects:
-    case Manner::kFails:
-    case Manner::kAnswersTwice:  // the second answer is there before the first is read
-      return 508;
-    case Manner::kSilent:
-      return 506;
-    default:
-      return 100;
+  if (saysNo(manner)) {
+    return 508;
   }
+  return manner == Manner::kSilent ? 506 : 100;
 }
 
 /// Fails unless the configuration is one of the class T, with properties of the class only.

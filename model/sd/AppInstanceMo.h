@@ -44,10 +44,14 @@ class AppInstanceMo final : public mo::Mo {
   // A JobType.
   static constexpr mo::Property<std::uint8_t> kJobType{0x3047, "jobType"};
   static constexpr mo::Property<base::String> kMgmtBootstrapVersion{0x3048, "mgmtBootstrapVersion"};
+  // How far it has come: "absent", "unsure", "stopped" or "started"; not set, it is taken to be
+  // there.
+  static constexpr mo::Property<base::String> kPhase{0x3049, "phase", mo::kDurable,
+                                                     mo::kEngineGroup};
 
   static constexpr auto kProperties =
       mo::describe(kAppInstanceId, kExpectedVersion, kExpectedState, kIsFailed, kFailures,
-                   kFailedAt, kSlotId, kJobType, kMgmtBootstrapVersion);
+                   kFailedAt, kSlotId, kJobType, kMgmtBootstrapVersion, kPhase);
   static constexpr mo::ClassInfo kClass{kClassId, kName, kProperties};
 
   explicit AppInstanceMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}

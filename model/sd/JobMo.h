@@ -39,10 +39,25 @@ class JobMo final : public mo::Mo {
   static constexpr mo::Property<std::uint64_t> kFinishBy{0x30dd, "finishBy"};
   // What the verb needs besides the target: the package of an upgrade, a log level, a time zone.
   static constexpr mo::Property<base::String> kArgument{0x30de, "argument"};
+  // Why, as a word.
+  static constexpr mo::Property<base::String> kReason{0x30df, "reason"};
+  // The gateway's or the blade's result code where it failed.
+  static constexpr mo::Property<std::uint32_t> kCode{0x31c0, "code"};
+  // Grows with each change.
+  static constexpr mo::Property<std::uint64_t> kRevision{0x31c1, "revision"};
+  // The identifier of the application instance, where the target is one.
+  static constexpr mo::Property<base::String> kApp{0x31c2, "app"};
+  // From when it is sent until finishBy, in milliseconds.
+  static constexpr mo::Property<std::uint64_t> kFinishWithin{0x31c3, "finishWithin"};
+  // Of an upgrade: the version of the new package, where it is known.
+  static constexpr mo::Property<base::String> kVersion{0x31c4, "version"};
+  // The phase of the application instance before the blade was told anything.
+  static constexpr mo::Property<base::String> kPhaseBefore{0x31c5, "phaseBefore"};
 
   static constexpr auto kProperties =
       mo::describe(kId, kVerb, kTarget, kSlot, kState, kCause, kPercentage, kAttempts, kAcceptedAt,
-                   kSentAt, kAcknowledgedAt, kFinishedAt, kDeliverBy, kFinishBy, kArgument);
+                   kSentAt, kAcknowledgedAt, kFinishedAt, kDeliverBy, kFinishBy, kArgument, kReason,
+                   kCode, kRevision, kApp, kFinishWithin, kVersion, kPhaseBefore);
   static constexpr mo::ClassInfo kClass{kClassId, kName, kProperties};
 
   explicit JobMo(const mo::Dn& dn = {}) : Mo(kClass, dn) {}

@@ -1,5 +1,7 @@
 #include "serviceOrchAG/bridge/ClientMap.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <exception>
 
@@ -12,6 +14,34 @@ os::CriticalSection& Critical_section_lock = *new os::CriticalSection;
 std::map<std::string, SMAClient*>& ClientMap = *new std::map<std::string, SMAClient*>;
 
 namespace {
+
+/// What peers can make the registry grow by is bounded. Names that no slot has are kept apart from
+/// the slots', so that they cannot take their places.
+constexpr std::size_t kMostTextBytes = 255;
+constexpr std::size_t kMostOddNames = 1024;
+constexpr int kHighestSlot = 16384;
+
+/// True for the name of a slot that a chassis can have, in decimal without leading zeros.
+bool isSlotName(const std::string& slot) {
+  int number = 0;
+  const char* const end = slot.data() + slot.size();
+  const auto [last, error] = std::from_chars(slot.data(), end, number);
+  return error == std::errc() && last == end && slot.front() != '0' && number >= 1 &&
+         number <= kHighestSlot;
+}
+
+bool hasRoomFor(const std::string& slot, const std::string& ip, const std::string& port) {
+  const os::CriticalSection::Guard guard(Critical_section_lock);
+  if (std::max({slot.size(), ip.size(), port.size()}) > kMostTextBytes) {
+    return false;
+  }
+  const auto isOdd = [](const auto& entry) {
+    return !isSlotName(entry.first);
+  };
+  return isSlotName(slot) || ClientMap.size() < kMostOddNames ||
+         static_cast<std::size_t>(std::count_if(ClientMap.begin(), ClientMap.end(), isOdd)) <
+             kMostOddNames;
+}
 
 /// The slot's client or null. The caller holds the lock for as long as it uses the result.
 SMAClient* findClient(const std::string& slot) {
@@ -59,6 +89,13 @@ void createSMAClient(std::string slot, std::string ip, std::string port, bool st
     core_log::logPrintf("createSMAClient", core_log::serviceLevel(), 1,
                         "SMAClient is already register for slot %s", slot.c_str());
     setBladeStatus(slot, status);
+    return;
+  }
+  if (!hasRoomFor(slot, ip, port)) {
+    core_log::logPrintf("createSMAClient", core_log::serviceLevel(), 6,
+                        "No SMAClient is made: slot, address or port has more than %zu bytes, or "
+                        "there are %zu names already that no slot has",
+                        kMostTextBytes, kMostOddNames);
     return;
   }
   const auto portNumber = static_cast<unsigned int>(std::strtol(port.c_str(), nullptr, 10));

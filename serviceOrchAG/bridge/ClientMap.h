@@ -35,8 +35,9 @@ bool removeBladeMapEntry(const std::string& slot);
 
 /// Makes and registers a client for a blade that listens at `ip` and `port`; of a slot that has a
 /// client already, only the status is set and the address is kept. The port is decimal text; what
-/// is no number counts as 0. Throws what the message layer throws for an unusable address; the slot
-/// has no client then.
+/// is no number counts as 0. Texts of more than 255 bytes, and more than 1024 names that no slot of
+/// a chassis has, are not registered: only a line in the log tells. Throws what the message layer
+/// throws for an unusable address; the slot has no client then.
 void createSMAClient(std::string slot, std::string ip, std::string port, bool status);
 
 }  // namespace zan_serviceOrchAG

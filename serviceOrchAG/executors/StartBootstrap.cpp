@@ -1,3 +1,6 @@
+#include <cstdint>
+#include <utility>
+
 #include "framework/core_utils/Addresses.h"
 #include "framework/core_utils/Numbers.h"
 #include "model/sd/ClusterBootstrapMo.h"
@@ -47,16 +50,20 @@ bool addClusterBootstrap(StartDocument& start, const Link& link) {
 
 /// The addresses that are set.
 void addClusterAddresses(StartDocument& start, const Cluster& cluster, AgElement* group) {
-  using core_utils::ipV4ToString;
-  const struct {
-    const base::String& name;
-    const base::String value;
-  } addresses[] = {
-      {names().clusterMgmtIPv4PoolStart, ipV4ToString(cluster.get(Cluster::kIPv4PoolStart))},
-      {names().clusterMgmtIPv4PoolEnd, ipV4ToString(cluster.get(Cluster::kIPv4PoolEnd))},
-      {names().clusterMgmtIPv4VirtIP, ipV4ToString(cluster.get(Cluster::kIPv4VirtIP))},
-      {names().clusterMgmtIPv4Netmask, ipV4ToString(cluster.get(Cluster::kIPv4Netmask))},
-      {names().clusterMgmtIPv4Gateway, ipV4ToString(cluster.get(Cluster::kIPv4Gateway))},
+  const std::pair<const base::String&, const mo::Property<std::uint32_t>&> v4[] = {
+      {names().clusterMgmtIPv4PoolStart, Cluster::kIPv4PoolStart},
+      {names().clusterMgmtIPv4PoolEnd, Cluster::kIPv4PoolEnd},
+      {names().clusterMgmtIPv4VirtIP, Cluster::kIPv4VirtIP},
+      {names().clusterMgmtIPv4Netmask, Cluster::kIPv4Netmask},
+      {names().clusterMgmtIPv4Gateway, Cluster::kIPv4Gateway},
+  };
+  for (const auto& [name, property] : v4) {
+    if (const std::uint32_t address = cluster.get(property); address != 0) {
+      start.addOptional(name, core_utils::ipV4ToString(address), group);
+    }
+  }
+  // Here "::" counts as not set, as everywhere.
+  const std::pair<const base::String&, const base::String> v6[] = {
       {names().clusterMgmtIPv6PoolStart, cluster.get(Cluster::kIPv6PoolStart)},
       {names().clusterMgmtIPv6PoolEnd, cluster.get(Cluster::kIPv6PoolEnd)},
       {names().clusterMgmtIPv6VirtIP, cluster.get(Cluster::kIPv6VirtIP)},
@@ -64,10 +71,8 @@ void addClusterAddresses(StartDocument& start, const Cluster& cluster, AgElement
        core_utils::uintToString(cluster.get(Cluster::kIPv6PrefixLength))},
       {names().clusterMgmtIPv6Gateway, cluster.get(Cluster::kIPv6Gateway)},
   };
-  for (const auto& [name, value] : addresses) {
-    if (value != "0.0.0.0") {  // "::" counts as not set anywhere
-      start.addOptional(name, value, group);
-    }
+  for (const auto& [name, value] : v6) {
+    start.addOptional(name, value, group);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "framework/core_log/Log.h"
 #include "framework/core_utils/Text.h"
 #include "serviceOrchAG/bridge/Response.h"
+#include "serviceOrchAG/handlers/Origin.h"
 #include "serviceOrchAG/handlers/RequestDocument.h"
 #include "serviceOrchAG/handlers/SlotIdentity.h"
 #include "serviceOrchAG/server/StatusCodes.h"
@@ -190,14 +191,6 @@ std::uint8_t upgradeStatus(const Report& report) {
       return 3;
   }
 }
-
-/// Where a report comes from.
-struct Origin {
-  const std::string& messageId;
-  int slot;
-
-  unsigned int engineSlot() const { return static_cast<unsigned int>(slot); }
-};
 
 void reportInstance(const base::Buffer& cookie, const Report& report, const Origin& origin) {
   logPrintf("AG_commandProgressUpdateReqCb", serviceLevel(), 1,

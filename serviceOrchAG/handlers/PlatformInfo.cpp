@@ -1,6 +1,7 @@
 #include "serviceOrchAG/server/MsgHandler.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
@@ -21,6 +22,7 @@
 #include "serviceOrchAG/bridge/PendingMap.h"
 #include "serviceOrchAG/bridge/Response.h"
 #include "serviceOrchAG/bridge/ResponseSync.h"
+#include "serviceOrchAG/handlers/Origin.h"
 #include "serviceOrchAG/handlers/RequestDocument.h"
 #include "serviceOrchAG/handlers/SlotIdentity.h"
 #include "serviceOrchAG/server/StatusCodes.h"
@@ -59,65 +61,128 @@ method::Config asArgument(mo::Mo& object) {
 
 // ----- Elements that must occur once ------------------------------------------------------------
 
-/// Null, after a line in the log, unless the report has exactly one group of that name.
-const AgElement* onlyGroup(const RequestTree& document, const base::String& group) {
-  const Elements found = document.findAll(group);
-  if (found.empty()) {
-    MsgHandler::missingTagError(group.str(), commandName());
-  } else if (found.size() > 1) {
-    MsgHandler::extraTagError(group.str(), commandName());
+/// The elements of one name: how many there are, and the only one.
+class Occurrences {
+ public:
+  explicit Occurrences(const base::String& name) : name_(name) {}
+
+  /// Counts the element if it is of that name.
+  void look(const AgElement* element) {
+    if (element->isNamed(name_)) {
+      ++count_;
+      last_ = element;
+    }
   }
-  return found.size() == 1 ? found.front() : nullptr;
+
+  const base::String& name() const { return name_; }
+  std::size_t count() const { return count_; }
+  /// Null unless there is exactly one.
+  const AgElement* only() const { return count_ == 1 ? last_ : nullptr; }
+
+ private:
+  const base::String& name_;
+  std::size_t count_ = 0;
+  const AgElement* last_ = nullptr;
+};
+
+/// What a report may hold at any depth, found in one walk over it.
+struct Sections {
+  static constexpr std::size_t kUsualApplications = 32;
+
+  explicit Sections(const RequestTree& document) {
+    const base::String& application = names().application;
+    applications.reserve(kUsualApplications);
+    document.visitAll([&](AgElement* element) {
+      cpu.look(element);
+      memory.look(element);
+      appsMemory.look(element);
+      fileSystems.look(element);
+      if (element->isNamed(application)) {
+        applications.push_back(element);
+      }
+    });
+  }
+
+  Occurrences cpu{names().cpu};
+  Occurrences memory{names().memory};
+  Occurrences appsMemory{names().appsMemory};
+  Occurrences fileSystems{names().diskFilesystem};
+  Elements applications;
+};
+
+/// Null, after a line in the log, unless the report has exactly one such group.
+const AgElement* onlyGroup(const Occurrences& group) {
+  if (group.count() == 0) {
+    MsgHandler::missingTagError(group.name().str(), commandName());
+  } else if (group.count() > 1) {
+    MsgHandler::extraTagError(group.name().str(), commandName());
+  }
+  return group.only();
 }
 
-/// The one of `found`, which are all elements of that name in the group. Null, after a line in the
-/// log, unless there is exactly one.
-const AgElement* onlyInner(const Elements& found, const base::String& name,
-                           const base::String& group) {
-  if (found.empty()) {
-    logPrintf(kFunction, serviceLevel(), 8, "No <%s> tag found for %s in %s.", name.c_str(),
+/// `found` are all elements of their name in the group. Null, after a line in the log, unless there
+/// is exactly one.
+const AgElement* onlyInner(const Occurrences& found, const base::String& group) {
+  if (found.count() == 0) {
+    logPrintf(kFunction, serviceLevel(), 8, "No <%s> tag found for %s in %s.", found.name().c_str(),
               group.c_str(), commandName().c_str());
-  } else if (found.size() > 1) {
-    logPrintf(kFunction, serviceLevel(), 8, "%zu <%s> tag found for %s in %s.", found.size(),
-              name.c_str(), group.c_str(), commandName().c_str());
+  } else if (found.count() > 1) {
+    logPrintf(kFunction, serviceLevel(), 8, "%zu <%s> tag found for %s in %s.", found.count(),
+              found.name().c_str(), group.c_str(), commandName().c_str());
   }
-  return found.size() == 1 ? found.front() : nullptr;
+  return found.only();
+}
+
+/// The same of the elements at any depth below the group.
+const AgElement* onlyBelow(const AgElement& group, const base::String& name,
+                           const base::String& groupName) {
+  Occurrences found(name);
+  group.visitBelow([&](const AgElement* element) { found.look(element); });
+  return onlyInner(found, groupName);
 }
 
 // ----- Values -----------------------------------------------------------------------------------
 
-void setText(mo::Mo& object, const mo::Property<base::String>& property,
-             std::optional<std::string_view> value) {
+/// A property whose value is missing is left unset. Those of one object are best set in ascending
+/// order of their numbers, which spares it from making room between those that it has; where that
+/// is not the order of the lines about missing values, the values are read first.
+template <class T, class Value>
+void setIfThere(mo::Mo& object, const mo::Property<T>& property,
+                const std::optional<Value>& value) {
   if (value) {
     object.set(property, *value);
   }
 }
 
-/// The numbers of one group. A missing one is logged and its property left unset.
+/// The numbers of one group. A missing one is logged.
 class GroupNumbers {
  public:
   GroupNumbers(const RequestTags& tags, const base::String& group) : tags_(tags), group_(group) {}
 
-  void setLoad(mo::Mo& object, const mo::Property<float>& property, const base::String& tag) const {
-    if (const std::optional<std::string_view> value = find(tag)) {
-      object.set(property, static_cast<float>(std::strtod(std::string(*value).c_str(), nullptr)));
+  std::optional<float> load(const base::String& tag) const {
+    const std::optional<std::string_view> value = find(tag);
+    if (!value) {
+      return std::nullopt;
     }
+    return static_cast<float>(std::strtod(std::string(*value).c_str(), nullptr));
   }
 
   /// For sizes that are there: what is less than a megabyte does not count.
-  void setMegabytesDown(mo::Mo& object, const mo::Property<std::uint32_t>& property,
-                        const base::String& tag) const {
-    if (const std::optional<std::string_view> kilobytes = find(tag)) {
-      object.set(property, static_cast<std::uint32_t>(std::floor(toMegabytes(*kilobytes))));
+  std::optional<std::uint32_t> megabytesDown(const base::String& tag) const {
+    const std::optional<std::string_view> kilobytes = find(tag);
+    if (!kilobytes) {
+      return std::nullopt;
     }
+    return static_cast<std::uint32_t>(std::floor(toMegabytes(*kilobytes)));
   }
 
   /// For sizes that are taken: a megabyte that has been begun counts.
-  void setMegabytesUp(mo::Mo& object, const mo::Property<std::uint32_t>& property,
-                      const base::String& tag) const {
-    if (const std::optional<std::string_view> kilobytes = find(tag)) {
-      object.set(property, static_cast<std::uint32_t>(std::ceil(toMegabytes(*kilobytes))));
+  std::optional<std::uint32_t> megabytesUp(const base::String& tag) const {
+    const std::optional<std::string_view> kilobytes = find(tag);
+    if (!kilobytes) {
+      return std::nullopt;
     }
+    return static_cast<std::uint32_t>(std::ceil(toMegabytes(*kilobytes)));
   }
 
  private:
@@ -147,67 +212,70 @@ class GroupNumbers {
 
 // ----- The platform -----------------------------------------------------------------------------
 
-void readCpu(const RequestTree& document, MonitorMo& monitor) {
-  const base::String& group = names().cpu;
-  if (const AgElement* const cpu = onlyGroup(document, group)) {
+void readCpu(const RequestTree& document, const Occurrences& group, MonitorMo& monitor) {
+  if (const AgElement* const cpu = onlyGroup(group)) {
     const RequestTags tags = document.tagsOf(*cpu);
-    const GroupNumbers numbers(tags, group);
-    numbers.setLoad(monitor, MonitorMo::kCpuMinus1, names().minus1);
-    numbers.setLoad(monitor, MonitorMo::kCpuMinus5, names().minus5);
-    numbers.setLoad(monitor, MonitorMo::kCpuMinus15, names().minus15);
+    const GroupNumbers numbers(tags, group.name());
+    setIfThere(monitor, MonitorMo::kCpuMinus1, numbers.load(names().minus1));
+    setIfThere(monitor, MonitorMo::kCpuMinus5, numbers.load(names().minus5));
+    setIfThere(monitor, MonitorMo::kCpuMinus15, numbers.load(names().minus15));
   }
 }
 
-void readMemory(const RequestTree& document, MonitorMo& monitor) {
-  const base::String& group = names().memory;
-  const AgElement* const memory = onlyGroup(document, group);
+void readMemory(const RequestTree& document, const Occurrences& group, MonitorMo& monitor) {
+  const AgElement* const memory = onlyGroup(group);
   if (memory == nullptr) {
     return;
   }
-  const base::String& inner = names().minus1;
-  if (const AgElement* const last = onlyInner(memory->xmlFindAllElementsCb(inner), inner, group)) {
+  if (const AgElement* const last = onlyBelow(*memory, names().minus1, group.name())) {
     const RequestTags tags = document.tagsOf(*last);
-    const GroupNumbers numbers(tags, group);
-    numbers.setMegabytesDown(monitor, MonitorMo::kMemTotal, names().memTotalKB);
-    numbers.setMegabytesDown(monitor, MonitorMo::kMemFree, names().memFreeKB);
-    numbers.setMegabytesUp(monitor, MonitorMo::kMemUsed, names().memUsedKB);
+    const GroupNumbers numbers(tags, group.name());
+    setIfThere(monitor, MonitorMo::kMemTotal, numbers.megabytesDown(names().memTotalKB));
+    setIfThere(monitor, MonitorMo::kMemFree, numbers.megabytesDown(names().memFreeKB));
+    setIfThere(monitor, MonitorMo::kMemUsed, numbers.megabytesUp(names().memUsedKB));
   }
 }
 
-void readAppsMemory(const RequestTree& document, MonitorMo& monitor) {
-  const base::String& group = names().appsMemory;
-  const AgElement* const memory = onlyGroup(document, group);
+void readAppsMemory(const RequestTree& document, const Occurrences& group, MonitorMo& monitor) {
+  const AgElement* const memory = onlyGroup(group);
   if (memory == nullptr) {
     return;
   }
-  const base::String& inner = names().currentSnapshot;
-  if (const AgElement* const now = onlyInner(memory->xmlFindAllElementsCb(inner), inner, group)) {
+  if (const AgElement* const now = onlyBelow(*memory, names().currentSnapshot, group.name())) {
     const RequestTags tags = document.tagsOf(*now);
-    GroupNumbers(tags, group)
-        .setMegabytesDown(monitor, MonitorMo::kAppsMemTotal, names().memTotalKB);
+    const GroupNumbers numbers(tags, group.name());
+    setIfThere(monitor, MonitorMo::kAppsMemTotal, numbers.megabytesDown(names().memTotalKB));
   }
 }
 
 method::Config readDisk(const RequestTags& tags) {
-  const auto disk = mo::Pool::obtain<DiskFileSystemMo>();
   const GroupNumbers numbers(tags, names().diskFilesystem);
-  setText(*disk, DiskFileSystemMo::kDiskName, tags.expectedValue(names().diskName));
-  numbers.setMegabytesDown(*disk, DiskFileSystemMo::kDiskTotal, names().diskTotalKB);
-  numbers.setMegabytesDown(*disk, DiskFileSystemMo::kDiskFree, names().diskFreeKB);
-  numbers.setMegabytesUp(*disk, DiskFileSystemMo::kDiskUsed, names().diskUsedKB);
-  setText(*disk, DiskFileSystemMo::kDiskMountPoint, tags.expectedValue(names().diskMountPoint));
+  const auto name = tags.expectedValue(names().diskName);
+  const auto total = numbers.megabytesDown(names().diskTotalKB);
+  const auto free = numbers.megabytesDown(names().diskFreeKB);
+  const auto used = numbers.megabytesUp(names().diskUsedKB);
+  const auto mountPoint = tags.expectedValue(names().diskMountPoint);
+  const auto disk = mo::Pool::obtain<DiskFileSystemMo>();
+  setIfThere(*disk, DiskFileSystemMo::kDiskName, name);
+  setIfThere(*disk, DiskFileSystemMo::kDiskMountPoint, mountPoint);
+  setIfThere(*disk, DiskFileSystemMo::kDiskTotal, total);
+  setIfThere(*disk, DiskFileSystemMo::kDiskFree, free);
+  setIfThere(*disk, DiskFileSystemMo::kDiskUsed, used);
   return asArgument(*disk);
 }
 
-method::ConfigSet readDisks(const RequestTree& document, MonitorMo& monitor) {
+method::ConfigSet readDisks(const RequestTree& document, const Occurrences& group,
+                            MonitorMo& monitor) {
   method::ConfigSet disks;
-  const base::String& group = names().diskFilesystem;
-  const AgElement* const fileSystems = onlyGroup(document, group);
+  const AgElement* const fileSystems = onlyGroup(group);
   if (fileSystems == nullptr) {
     return disks;
   }
-  const base::String& inner = names().minus1;
-  const AgElement* const last = onlyInner(fileSystems->findChildren(inner), inner, group);
+  Occurrences inner(names().minus1);
+  for (const AgElement* child : fileSystems->children()) {
+    inner.look(child);
+  }
+  const AgElement* const last = onlyInner(inner, group.name());
   if (last == nullptr) {
     return disks;
   }
@@ -228,31 +296,28 @@ struct Platform {
   method::ConfigSet disks;
 };
 
-Platform readPlatform(const RequestTree& document) {
+Platform readPlatform(const RequestTree& document, const Sections& sections) {
   const auto monitor = mo::Pool::obtain<MonitorMo>();
   const RequestTags tags = document.tags();
-  setText(*monitor, MonitorMo::kOsVersion, tags.expectedValue(names().platformOsVersion));
-  setText(*monitor, MonitorMo::kSysUptime, tags.expectedValue(names().sysuptime));
-  readCpu(document, *monitor);
-  readMemory(document, *monitor);
-  readAppsMemory(document, *monitor);
-  method::ConfigSet disks = readDisks(document, *monitor);
+  setIfThere(*monitor, MonitorMo::kOsVersion, tags.expectedValue(names().platformOsVersion));
+  setIfThere(*monitor, MonitorMo::kSysUptime, tags.expectedValue(names().sysuptime));
+  readCpu(document, sections.cpu, *monitor);
+  readMemory(document, sections.memory, *monitor);
+  readAppsMemory(document, sections.appsMemory, *monitor);
+  method::ConfigSet disks = readDisks(document, sections.fileSystems, *monitor);
   return {asArgument(*monitor), std::move(disks)};
 }
 
 // ----- The application instances ----------------------------------------------------------------
 
-/// An unknown word, -1, travels as 255.
-void setState(AppInstanceMo& appInstance, std::int32_t state) {
-  appInstance.set(AppInstanceMo::kState, static_cast<std::uint8_t>(state));
-}
-
-/// Both states go to one property, the operational one last: when it is there, it counts.
-void readStates(const RequestTags& tags, const base::String& id, AppInstanceMo& appInstance) {
+/// What the blade says of an instance's state: nothing, when it says nothing. An unknown word, -1,
+/// travels as 255. Both states go to one property: when the operational one is there, it counts.
+std::optional<std::uint8_t> readState(const RequestTags& tags, const base::String& id) {
+  std::optional<std::uint8_t> read;
   if (const std::optional<std::string_view> sent = tags.value(names().adminStatus)) {
     const base::String word(*sent);
     const std::int32_t state = getAdminState(word);
-    setState(appInstance, state);
+    read = static_cast<std::uint8_t>(state);
     if (state == -1) {
       logPrintf(kFunction, serviceLevel(), 8,
                 "AdminStatus value[%s] incorrect for appInstance %s in platformInfo message",
@@ -262,32 +327,35 @@ void readStates(const RequestTags& tags, const base::String& id, AppInstanceMo& 
   if (const std::optional<std::string_view> sent = tags.expectedValue(names().operStatus)) {
     const base::String word(*sent);
     const std::int32_t state = getOperState(word);
-    setState(appInstance, state);
+    read = static_cast<std::uint8_t>(state);
     if (state == -1) {
       logPrintf(kFunction, serviceLevel(), 8,
                 "operStatus value[%s] incorrect for appInstance %s in platformInfo message",
                 word.c_str(), id.c_str());
     }
   }
+  return read;
 }
 
 method::Config readAppInstance(const RequestTags& tags) {
+  const auto id = tags.expectedValue(names().appInstanceId);
+  const auto state = readState(tags, id.value_or(std::string_view()));
+  const auto external = tags.value(names().externalSoftwareManagement);
+  const auto version = tags.expectedValue(names().installedVersion);
+  const auto hotfixes = tags.value(names().hotfixes);
   const auto appInstance = mo::Pool::obtain<AppInstanceMo>();
-  const std::optional<std::string_view> id = tags.expectedValue(names().appInstanceId);
-  setText(*appInstance, AppInstanceMo::kAppInstanceId, id);
-  readStates(tags, id.value_or(std::string_view()), *appInstance);
-  if (const auto value = tags.value(names().externalSoftwareManagement)) {
-    appInstance->set(AppInstanceMo::kExternalSoftwareManagement, *value == "true");
+  setIfThere(*appInstance, AppInstanceMo::kAppInstanceId, id);
+  setIfThere(*appInstance, AppInstanceMo::kInstalledVersion, version);
+  setIfThere(*appInstance, AppInstanceMo::kState, state);
+  setIfThere(*appInstance, AppInstanceMo::kHotfixes, hotfixes);
+  if (external) {
+    appInstance->set(AppInstanceMo::kExternalSoftwareManagement, *external == "true");
   }
-  setText(*appInstance, AppInstanceMo::kInstalledVersion,
-          tags.expectedValue(names().installedVersion));
-  setText(*appInstance, AppInstanceMo::kHotfixes, tags.value(names().hotfixes));
   return asArgument(*appInstance);
 }
 
-method::ConfigSet readAppInstances(const RequestTree& document) {
+method::ConfigSet readAppInstances(const RequestTree& document, const Elements& found) {
   method::ConfigSet appInstances;
-  const Elements found = document.findAll(names().application);
   if (found.empty()) {
     MsgHandler::missingTagError(names().application.str(), commandName());
   }
@@ -299,14 +367,6 @@ method::ConfigSet readAppInstances(const RequestTree& document) {
 }
 
 // ----- The engine -------------------------------------------------------------------------------
-
-/// Where a report comes from.
-struct Origin {
-  const std::string& messageId;
-  int slot;
-
-  unsigned int engineSlot() const { return static_cast<unsigned int>(slot); }
-};
 
 /// Nobody waits for the answer: what the engine thinks of the instances is between it and people.
 void reportAppInstances(const method::ConfigSet& appInstances, const Origin& origin) {
@@ -370,9 +430,10 @@ Response* MsgHandler::AG_platformInfoUpdateReqCb(const std::string& messageId,
   }
   auto response = std::make_unique<Response>();
   const RequestTree tree(document, commandName());
-  const Platform platform = readPlatform(tree);
+  const Sections sections(tree);
+  const Platform platform = readPlatform(tree, sections);
   const Origin origin{messageId, slot};
-  reportAppInstances(readAppInstances(tree), origin);
+  reportAppInstances(readAppInstances(tree, sections.applications), origin);
   reportPlatform(*this, platform, origin, *response);
   return response.release();
 }

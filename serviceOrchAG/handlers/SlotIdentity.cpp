@@ -23,10 +23,6 @@ constexpr std::int32_t kActive = 7;
 constexpr std::int32_t kInactive = 3;
 constexpr std::int32_t kUnknownState = -1;
 
-bool isWhiteSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
 }  // namespace
 
 std::int32_t getIdentitySlotId(const std::string& identity) {
@@ -49,16 +45,6 @@ std::int32_t getIdentitySlotId(const std::string& identity) {
     throw std::invalid_argument("invalid slot Id");
   }
   return slot;
-}
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isWhiteSpace(text.front())) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && isWhiteSpace(text.back())) {
-    text.remove_suffix(1);
-  }
-  return text;
 }
 
 base::String trim(base::String text) {

@@ -18,7 +18,18 @@ std::int32_t getIdentitySlotId(const std::string& identity);
 /// both ends.
 base::String trim(base::String text);
 /// The same without a copy: a part of `text`.
-std::string_view trimmed(std::string_view text);
+inline std::string_view trimmed(std::string_view text) {
+  const auto isWhiteSpace = [](char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+  };
+  while (!text.empty() && isWhiteSpace(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && isWhiteSpace(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
 
 /// The engine's value for a state word of an application instance, 7 for the active state and 3 for
 /// the inactive one; -1 for any other word.

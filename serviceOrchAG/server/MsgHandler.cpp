@@ -51,10 +51,23 @@ std::unique_ptr<Response> refuseUnknown(const Request& request) {
   return refuse(request, status::kInvalidCommand, "Invalid Command");
 }
 
+struct BladeState {
+  bool isRegistered;
+  bool isValid;
+};
+
+/// Asks for both while it holds the registry's lock: a command that queues for it could take it in
+/// between, and the request would wait for a second exchange.
+BladeState stateOf(const std::string& slot) {
+  const os::CriticalSection::Guard guard(Critical_section_lock);
+  return {is_bladeRegistered(slot), getBladeStatus(slot)};
+}
+
 /// The reply that turns the blade away, or null when it may pass.
 std::unique_ptr<Response> checkBlade(const Request& request, int slot) {
   const std::string slotText = NumberToString(slot);
-  if (!is_bladeRegistered(slotText)) {
+  const BladeState blade = stateOf(slotText);
+  if (!blade.isRegistered) {
     logPrintf("handleCb", serviceLevel(), 4,
               "SMA is not register for slot : %d, cmd : %s, action : %s, key : %s, message ID : "
               "%s, client identity : %s",
@@ -62,7 +75,7 @@ std::unique_ptr<Response> checkBlade(const Request& request, int slot) {
               request.messageId.c_str(), request.identity.c_str());
     return refuse(request, status::kNotRegistered, "SMA is not register with slot " + slotText);
   }
-  if (!getBladeStatus(slotText)) {
+  if (!blade.isValid) {
     logPrintf("handleCb", serviceLevel(), 4,
               "Blade is not in valid state for slot : %d, cmd : %s, action : %s, key : %s, message "
               "ID : %s, client identity : %s",

@@ -10,10 +10,11 @@
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/http/write.hpp>
 #include <cstdint>
+#include <system_error>
 #include <utility>
 
+#include "framework/os/SocketAddress.h"
 #include "supervisor/admin/AdminSocket.h"
-#include "supervisor/admin/SocketAddress.h"
 
 namespace supervisor::admin {
 namespace {
@@ -76,7 +77,10 @@ class Exchange {
 tl::expected<ClientResponse, std::string> get(const std::string& stateDir,
                                               const std::string& target,
                                               std::chrono::milliseconds within) {
-  const SocketAddress address(stateDir, AdminSocket::kFileName);
+  const os::SocketAddress address(stateDir + "/" + AdminSocket::kFileName);
+  if (address.error() != 0) {
+    return tl::unexpected(std::generic_category().message(address.error()));
+  }
   try {
     Exchange exchange(target, within);
     if (const beast::error_code error = exchange.run(address.path())) {

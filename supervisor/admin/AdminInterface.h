@@ -6,7 +6,7 @@
 
 #include "supervisor/admin/AdminSocket.h"
 #include "supervisor/admin/Context.h"
-#include "supervisor/admin/EngineView.h"
+#include "supervisor/admin/EmbeddedEngine.h"
 #include "supervisor/admin/HttpServer.h"
 #include "supervisor/admin/Router.h"
 
@@ -20,7 +20,7 @@ class AdminInterface {
   /// holds the state directory's lock. Throws std::runtime_error with one line that names the
   /// cause and the remedy.
   AdminInterface(const std::string& stateDir, std::string version, std::string engineEndPoint,
-                 const dme::Engine* engine);
+                 dme::Engine* engine);
 
   /// Blades can connect from now on. Thread-safe.
   void setReady() { context_.isReady = true; }

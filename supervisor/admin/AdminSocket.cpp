@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "supervisor/admin/SocketAddress.h"
+#include "framework/os/SocketAddress.h"
 
 namespace supervisor::admin {
 namespace {
@@ -28,15 +28,14 @@ sockaddr_un addressOf(const std::string& path) {
 }  // namespace
 
 AdminSocket::AdminSocket(const std::string& stateDir) : file_(stateDir + "/" + kFileName) {
-  const std::string name = std::string(kFileName) + ".new";
-  const std::string draft = stateDir + "/" + name;
+  const std::string draft = file_ + ".new";
   ::unlink(draft.c_str());  // of a process that died in here
   descriptor_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (descriptor_ < 0) {
     fail(std::generic_category().message(errno));
   }
   try {
-    listenAt(SocketAddress(stateDir, name).path());
+    listenAt(draft);
     if (::rename(draft.c_str(), file_.c_str()) != 0) {
       fail(std::generic_category().message(errno));
     }
@@ -48,9 +47,13 @@ AdminSocket::AdminSocket(const std::string& stateDir) : file_(stateDir + "/" + k
 }
 
 void AdminSocket::listenAt(const std::string& path) {
-  const sockaddr_un address = addressOf(path);
+  const os::SocketAddress where(path);
+  if (where.error() != 0) {
+    fail(std::generic_category().message(where.error()));
+  }
+  const sockaddr_un address = addressOf(where.path());
   // The file takes over the mode that the socket has when it is bound.
-  if (path.size() >= sizeof address.sun_path || ::fchmod(descriptor_, 0600) != 0 ||
+  if (::fchmod(descriptor_, 0600) != 0 ||
       ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       ::listen(descriptor_, kBacklog) != 0) {
     fail(std::generic_category().message(errno));

@@ -8,7 +8,11 @@ namespace supervisor::admin {
 
 Response getChassis(const Context& context, const Request& /*request*/) {
   const dme::EngineStatus status = context.engine->status();
+  const dme::Equipment chassis = context.engine->equipment(std::nullopt).value_or(dme::Equipment{});
   return jsonResponse({
+      {"name", chassis.name},
+      {"model", chassis.model},
+      {"serial", chassis.serial},
       {"clusterId", status.clusterId},
       {"epoch", status.epoch},
       {"slots", status.slots},

@@ -41,12 +41,19 @@ Problem problemOf(const beast::error_code& error, const HttpLimits& limits) {
 }  // namespace
 
 HttpConnection::HttpConnection(Socket socket, const HttpLimits& limits,
-                               const HttpServer::Answer& answer, std::shared_ptr<void> place)
+                               const HttpServer::Answer& answer, std::shared_ptr<Mailbox> mailbox,
+                               std::shared_ptr<void> place)
     : limits_(limits),
       answer_(answer),
+      mailbox_(std::move(mailbox)),
       place_(std::move(place)),
       stream_(std::move(socket)),
-      buffer_(limits.maxHeadBytes + static_cast<std::size_t>(limits.maxBodyBytes)) {}
+      buffer_(limits.maxHeadBytes + static_cast<std::size_t>(limits.maxBodyBytes)),
+      patience_(stream_.get_executor()) {}
+
+HttpConnection::~HttpConnection() {
+  endExchange();
+}
 
 void HttpConnection::read() {
   parser_.emplace();
@@ -77,11 +84,66 @@ void HttpConnection::serve() {
   request.target = textOf(message.target());
   request.contentType = textOf(message[http::field::content_type]);
   request.body = std::move(message.body());
-  const bool isHead = message.method() == http::verb::head;
-  if (isHead) {
+  if (message.method() == http::verb::head) {
     request.method = "GET";
   }
-  write(answer_(std::move(request)), isHead, message.keep_alive());
+  exchange_ = std::make_shared<Reply::Exchange>(
+      [mailbox = mailbox_](Reply::Step step) { mailbox->post(std::move(step)); });
+  answer_(std::move(request), Reply(exchange_));
+  await();
+}
+
+void HttpConnection::await() {
+  const Reply::Exchange* const exchange = exchange_.get();
+  auto response = exchange_->takeOr([mailbox = mailbox_, weak = weak_from_this(), exchange] {
+    mailbox->post([weak, exchange] {
+      if (const auto self = weak.lock()) {
+        self->onAnswered(exchange);
+      }
+    });
+  });
+  if (response) {
+    endExchange();
+    write(std::move(*response), parser_->get().method() == http::verb::head,
+          parser_->get().keep_alive());
+    return;
+  }
+  patience_.expires_after(exchange_->time().value_or(limits_.answerWithin));
+  patience_.async_wait([self = shared_from_this(), waiting = exchange_](ErrorCode error) {
+    if (!error) {
+      waiting->giveUp();
+    }
+  });
+  stream_.socket().async_wait(Socket::wait_error,
+                              [self = shared_from_this(), exchange](ErrorCode error) {
+                                if (!error) {
+                                  self->onClientGone(exchange);
+                                }
+                              });
+}
+
+void HttpConnection::onAnswered(const Reply::Exchange* exchange) {
+  if (exchange_.get() != exchange) {
+    return;  // the client has gone meanwhile
+  }
+  ErrorCode ignored;
+  patience_.cancel(ignored);
+  stream_.socket().cancel(ignored);
+  await();
+}
+
+void HttpConnection::onClientGone(const Reply::Exchange* exchange) {
+  if (exchange_.get() == exchange) {
+    ErrorCode ignored;
+    patience_.cancel(ignored);
+    endExchange();
+  }
+}
+
+void HttpConnection::endExchange() {
+  if (const auto ended = std::exchange(exchange_, nullptr)) {
+    ended->end();
+  }
 }
 
 void HttpConnection::refuse(ErrorCode error) {
@@ -90,12 +152,20 @@ void HttpConnection::refuse(ErrorCode error) {
 
 void HttpConnection::write(Response response, bool isHead, bool keepAlive) {
   response_ = HttpResponse(http::int_to_status(response.status), 11);
-  response_.set(http::field::content_type, response.contentType);
+  const bool hasContent = response_.result() != http::status::no_content;
+  if (hasContent) {
+    response_.set(http::field::content_type, response.contentType);
+  }
   response_.set(http::field::cache_control, "no-store");
   if (!response.allow.empty()) {
     response_.set(http::field::allow, response.allow);
   }
-  response_.content_length(response.body.size());
+  if (!response.location.empty()) {
+    response_.set(http::field::location, response.location);
+  }
+  if (hasContent) {
+    response_.content_length(response.body.size());
+  }
   response_.keep_alive(keepAlive);
   if (!isHead) {
     response_.body() = std::move(response.body);

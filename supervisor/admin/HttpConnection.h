@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/basic_stream.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/message.hpp>
@@ -10,6 +11,7 @@
 #include <optional>
 
 #include "supervisor/admin/HttpServer.h"
+#include "supervisor/admin/Mailbox.h"
 
 namespace supervisor::admin {
 
@@ -19,10 +21,13 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
 
-  /// `limits` and `answer` outlive this. `place` is the connection's share of the bound on
-  /// connections and is given back by its end.
+  /// `limits` and `answer` outlive this. `mailbox` leads to the server's thread. `place` is the
+  /// connection's share of the bound on connections and is given back by its end.
   HttpConnection(Socket socket, const HttpLimits& limits, const HttpServer::Answer& answer,
-                 std::shared_ptr<void> place);
+                 std::shared_ptr<Mailbox> mailbox, std::shared_ptr<void> place);
+  ~HttpConnection();
+  HttpConnection(const HttpConnection&) = delete;
+  HttpConnection& operator=(const HttpConnection&) = delete;
 
   void start() { read(); }
 
@@ -34,6 +39,10 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   void read();
   void onRead(ErrorCode error);
   void serve();
+  void await();
+  void onAnswered(const Reply::Exchange* exchange);
+  void onClientGone(const Reply::Exchange* exchange);
+  void endExchange();
   void refuse(ErrorCode error);
   void write(Response response, bool isHead, bool keepAlive);
   void onWritten(ErrorCode error);
@@ -41,12 +50,15 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
 
   const HttpLimits& limits_;
   const HttpServer::Answer& answer_;
+  const std::shared_ptr<Mailbox> mailbox_;
   const std::shared_ptr<void> place_;
   boost::beast::basic_stream<boost::asio::local::stream_protocol> stream_;
   boost::beast::flat_buffer buffer_;
-  std::optional<Parser> parser_;  // of the request under way
-  HttpResponse response_;         // while it is written
-  std::size_t drained_ = 0;       // bytes
+  std::optional<Parser> parser_;               // of the request under way
+  std::shared_ptr<Reply::Exchange> exchange_;  // while the answer is awaited
+  boost::asio::steady_timer patience_;         // of exchange_
+  HttpResponse response_;                      // while it is written
+  std::size_t drained_ = 0;                    // bytes
 };
 
 }  // namespace supervisor::admin

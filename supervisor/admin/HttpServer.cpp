@@ -11,6 +11,7 @@
 
 #include "framework/core_log/Log.h"
 #include "supervisor/admin/HttpConnection.h"
+#include "supervisor/admin/Mailbox.h"
 #include "supervisor/admin/Problem.h"
 
 namespace supervisor::admin {
@@ -39,6 +40,7 @@ class HttpServer::Listener {
       : limits_(limits),
         answer_(std::move(answer)),
         refusal_(tooManyConnections(limits.maxConnections)),
+        mailbox_(std::make_shared<Mailbox>(context_)),
         acceptor_(context_, Protocol(), listeningSocket),
         pause_(context_) {
     accept();
@@ -47,6 +49,7 @@ class HttpServer::Listener {
   ~Listener() {
     context_.stop();
     thread_.join();
+    mailbox_->close();
   }
 
  private:
@@ -85,7 +88,8 @@ class HttpServer::Listener {
       refuse(socket);
       return;
     }
-    std::make_shared<HttpConnection>(std::move(socket), limits_, answer_, places_)->start();
+    std::make_shared<HttpConnection>(std::move(socket), limits_, answer_, mailbox_, places_)
+        ->start();
   }
 
   void refuse(Protocol::socket& socket) const {
@@ -101,6 +105,7 @@ class HttpServer::Listener {
   /// A share for each connection and one of our own.
   const std::shared_ptr<void> places_ = std::make_shared<int>();
   asio::io_context context_{1};
+  const std::shared_ptr<Mailbox> mailbox_;
   Protocol::acceptor acceptor_;
   asio::steady_timer pause_;
   std::thread thread_;

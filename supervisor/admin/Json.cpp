@@ -67,4 +67,8 @@ Response jsonResponse(const Json& json, unsigned status) {
   return {status, "application/json", render(json) + "\n", ""};
 }
 
+Response noContent() {
+  return {204, "", "", ""};
+}
+
 }  // namespace supervisor::admin

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "dme/ObjectView.h"
+#include "dme/store/ObjectView.h"
 #include "framework/method/Config.h"
 #include "supervisor/admin/Message.h"
 
@@ -28,5 +28,6 @@ std::string render(const Json& json);
 std::string renderModel(const std::vector<dme::ObjectView>& objects);
 
 Response jsonResponse(const Json& json, unsigned status = 200);
+Response noContent();
 
 }  // namespace supervisor::admin

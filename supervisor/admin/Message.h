@@ -21,7 +21,8 @@ struct Response {
   unsigned status = 200;
   std::string contentType = "application/json";
   std::string body;
-  std::string allow;  ///< the Allow field; empty for none
+  std::string allow;          ///< the Allow field; empty for none
+  std::string location = {};  ///< the Location field: what was made; empty for none
 };
 
 }  // namespace supervisor::admin

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <exception>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "supervisor/admin/Message.h"
 
@@ -13,8 +17,26 @@ struct Problem {
   std::string title;   ///< the same for all problems of the kind
   std::string detail;  ///< about this one
   std::string remedy;
+  std::uint64_t job = 0;   ///< the job that it is about; 0 for none
+  std::string field = {};  ///< the value that it is about, e.g. "ldu.links[0].vlan"; empty for none
 };
 
 Response toResponse(const Problem& problem);
+
+/// Thrown while a request is served: the problem is the answer.
+class ProblemError : public std::runtime_error {
+ public:
+  explicit ProblemError(Problem problem)
+      : std::runtime_error(problem.detail), problem_(std::move(problem)) {}
+  const Problem& problem() const { return problem_; }
+
+ private:
+  Problem problem_;
+};
+
+/// A value in a query or a body that cannot be.
+Problem badValue(const std::string& field, const std::string& detail, const std::string& remedy);
+/// What the request threw is nobody's fault but ours.
+Problem internalProblem(const std::exception& error);
 
 }  // namespace supervisor::admin

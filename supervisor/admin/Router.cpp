@@ -40,10 +40,9 @@ std::optional<std::vector<std::string>> match(std::string_view pattern,
   return pattern.empty() ? std::optional(std::move(taken)) : std::nullopt;
 }
 
-Response unknownPath(const std::string& target) {
-  return toResponse({404, "unknown-path", "There is nothing at this path",
-                     "'" + target + "' is not known",
-                     "look into the list of paths in docs/admin.md"});
+Problem unknownPath(const std::string& target) {
+  return {404, "unknown-path", "There is nothing at this path", "'" + target + "' is not known",
+          "look into the list of paths in docs/admin.md"};
 }
 
 Response wrongMethod(const Request& request, const std::vector<std::string_view>& allowed) {
@@ -54,31 +53,47 @@ Response wrongMethod(const Request& request, const std::vector<std::string_view>
   return response;
 }
 
-Response unknownField(const std::string& name, const std::vector<std::string_view>& known) {
-  return toResponse({400, "unknown-query-field", "The query has a field that is not known here",
-                     "query field '" + name + "' is not known",
-                     known.empty() ? "leave the query out" : "known are: " + join(known)});
+Problem unknownQueryField(const std::string& name, const std::vector<std::string_view>& known) {
+  return {400, "unknown-query-field", "The query has a field that is not known here",
+          "query field '" + name + "' is not known",
+          known.empty() ? "leave the query out" : "known are: " + join(known)};
 }
 
-Response engineElsewhere(const std::string& endPoint) {
-  return toResponse({503, "engine-elsewhere", "The management engine is not in this process",
-                     "the engine is expected at " + endPoint,
-                     "ask the process that runs the engine"});
+Problem engineElsewhere(const std::string& endPoint) {
+  return {503, "engine-elsewhere", "The management engine is not in this process",
+          "the engine is expected at " + endPoint, "ask the process that runs the engine"};
+}
+
+Problem badTarget(const std::string& cause) {
+  return {400, "bad-target", "The target cannot be read", cause,
+          "escape what has a meaning in a target, and name each query field once"};
+}
+
+/// What keeps the request from the route, if anything does.
+void check(const Route& route, const Context& context, const Request& request) {
+  for (const auto& field : request.query) {
+    if (std::ranges::find(route.query, field.first) == route.query.end()) {
+      throw ProblemError(unknownQueryField(field.first, route.query));
+    }
+  }
+  if (route.needsEngine && context.engine == nullptr) {
+    throw ProblemError(engineElsewhere(context.engineEndPoint));
+  }
 }
 
 }  // namespace
 
-Response Router::answer(Request request) const {
+void Router::answer(Request request, const Reply& reply) const {
   auto target = parseTarget(request.target);
   if (!target) {
-    return toResponse({400, "bad-target", "The target cannot be read", target.error(),
-                       "escape what has a meaning in a target, and name each query field once"});
+    reply(toResponse(badTarget(target.error())));
+    return;
   }
   request.query = std::move(target->query);
-  return dispatch(*target, request);
+  dispatch(*target, request, reply);
 }
 
-Response Router::dispatch(const Target& target, Request& request) const {
+void Router::dispatch(const Target& target, Request& request, const Reply& reply) const {
   std::vector<std::string_view> allowed;
   for (const Route& route : routes_) {
     auto parameters = match(route.pattern, target.steps);
@@ -87,29 +102,28 @@ Response Router::dispatch(const Target& target, Request& request) const {
     }
     if (route.method == request.method) {
       request.parameters = std::move(*parameters);
-      return serve(route, request);
+      serve(route, request, reply);
+      return;
     }
     allowed.push_back(route.method);
   }
-  return allowed.empty() ? unknownPath(request.target) : wrongMethod(request, allowed);
+  reply(allowed.empty() ? toResponse(unknownPath(request.target)) : wrongMethod(request, allowed));
 }
 
-Response Router::serve(const Route& route, Request& request) const {
-  for (const auto& field : request.query) {
-    if (std::ranges::find(route.query, field.first) == route.query.end()) {
-      return unknownField(field.first, route.query);
-    }
-  }
-  if (route.needsEngine && context_.engine == nullptr) {
-    return engineElsewhere(context_.engineEndPoint);
-  }
+void Router::serve(const Route& route, const Request& request, const Reply& reply) const {
   try {
-    return route.handler(context_, request);
+    check(route, context_, request);
+    if (const Handler* const handler = std::get_if<Handler>(&route.handler)) {
+      reply((*handler)(context_, request));
+    } else {
+      std::get<LateHandler>(route.handler)(context_, request, reply);
+    }
+  } catch (const ProblemError& error) {
+    reply(toResponse(error.problem()));
   } catch (const std::exception& error) {
     core_log::logPrintf("serve", core_log::serviceLevel(), 8, "admin: %s %s failed: %s",
                         request.method.c_str(), request.target.c_str(), error.what());
-    return toResponse({500, "internal", "The request failed within the supervisor", error.what(),
-                       "look into the log for what happened before"});
+    reply(toResponse(internalProblem(error)));
   }
 }
 

@@ -1,13 +1,13 @@
 #include "supervisor/admin/SlotResource.h"
 
-#include <charconv>
-#include <optional>
+#include <limits>
 
 #include "model/sd/SlotMo.h"
 #include "supervisor/admin/Context.h"
 #include "supervisor/admin/EngineView.h"
 #include "supervisor/admin/Json.h"
-#include "supervisor/admin/Problem.h"
+#include "supervisor/admin/Query.h"
+#include "supervisor/admin/RefusalProblem.h"
 #include "supervisor/admin/SlotTree.h"
 
 namespace supervisor::admin {
@@ -34,6 +34,8 @@ Json image(const std::string& version, const std::string& name, std::uint32_t by
 Json toJson(const dme::SlotView& slot) {
   Json json{{"slot", slot.slot},
             {"name", slot.name},
+            {"model", slot.model},
+            {"serial", slot.serial},
             {"state", dme::BladeMonitor::nameOf(slot.state)},
             {"isWatched", slot.isWatched},
             {"admission", nameOf(slot.admission)},
@@ -55,14 +57,21 @@ Json toJson(const dme::SlotView& slot) {
   return json;
 }
 
-std::optional<std::uint32_t> numberOf(const std::string& text) {
-  std::uint32_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto [last, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && last == end ? std::optional(number) : std::nullopt;
+Problem unknownSlot(const std::string& step) {
+  return toProblem({dme::Refusal::Reason::kUnknownSlot, "no slot has the number '" + step + "'",
+                    "see the slots at /api/v1/slots"});
 }
 
 }  // namespace
+
+std::uint32_t slotStep(const Request& request) {
+  const std::string& step = request.parameters.front();
+  const auto number = numberOf(step);
+  if (!number || *number > std::numeric_limits<std::uint32_t>::max()) {
+    throw ProblemError(unknownSlot(step));
+  }
+  return static_cast<std::uint32_t>(*number);
+}
 
 Response getSlots(const Context& context, const Request& /*request*/) {
   Json slots = Json::array();
@@ -73,12 +82,9 @@ Response getSlots(const Context& context, const Request& /*request*/) {
 }
 
 Response getSlot(const Context& context, const Request& request) {
-  const std::string& text = request.parameters.front();
-  const auto number = numberOf(text);
-  const auto slot = number ? context.engine->slot(*number) : std::nullopt;
+  const auto slot = context.engine->slot(slotStep(request));
   if (!slot) {
-    return toResponse({404, "unknown-slot", "There is no slot of this number",
-                       "no slot has the number '" + text + "'", "see the slots at /api/v1/slots"});
+    throw ProblemError(unknownSlot(request.parameters.front()));
   }
   Json json = toJson(*slot);
   const std::string dn = "sys/chassis-1/slot-" + std::to_string(slot->slot);

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <cstdint>
+
 #include "supervisor/admin/Message.h"
 
 namespace supervisor::admin {
 
 struct Context;
+
+/// The number that the path's first {step} gives. Throws a ProblemError when it is none.
+std::uint32_t slotStep(const Request& request);
 
 /// Every slot and its blade, by number.
 Response getSlots(const Context& context, const Request& request);

@@ -1,46 +1,47 @@
 #include "supervisor/admin/SlotTree.h"
 
+#include <algorithm>
 #include <string_view>
+
+#include "supervisor/admin/Children.h"
 
 namespace supervisor::admin {
 namespace {
 
-/// The objects whose name is `prefix` and one more step that starts with `step`.
-class Children {
- public:
-  Children(const std::vector<dme::ObjectView>& objects, std::string prefix)
-      : objects_(objects), prefix_(std::move(prefix)) {}
+Json describe(const dme::ObjectView& object) {
+  Json json{{"dn", object.dn}};
+  json.update(propertiesOf(object));
+  return json;
+}
 
-  /// Each as its name and properties, handed to `complete` before it is taken.
-  template <class Complete>
-  Json of(std::string_view step, const Complete& complete) const {
-    Json found = Json::array();
-    for (const dme::ObjectView& object : objects_) {
-      if (isChild(object.dn, step)) {
-        Json json{{"dn", object.dn}};
-        json.update(propertiesOf(object));
-        complete(object.dn, json);
-        found.push_back(std::move(json));
-      }
-    }
-    return found;
+Json describeAll(const std::vector<const dme::ObjectView*>& objects) {
+  Json all = Json::array();
+  for (const dme::ObjectView* const object : objects) {
+    all.push_back(describe(*object));
   }
-  Json of(std::string_view step) const {
-    return of(step, [](const std::string&, Json&) {});
-  }
+  return all;
+}
 
- private:
-  bool isChild(std::string_view dn, std::string_view step) const {
-    if (!dn.starts_with(prefix_ + "/")) {
-      return false;
-    }
-    const std::string_view rest = dn.substr(prefix_.size() + 1);
-    return rest.starts_with(step) && rest.find('/') == std::string_view::npos;
+Json describeInstance(const dme::ObjectView& object, const Children& children,
+                      const Json& source = {}) {
+  Json json = describe(object);
+  if (!source.is_null()) {
+    json["source"] = source;
   }
+  json["faults"] = describeAll(children.of("fault-"));
+  json["operations"] = describeAll(children.of("operation"));
+  return json;
+}
 
-  const std::vector<dme::ObjectView>& objects_;
-  const std::string prefix_;
-};
+Json describeMonitor(const Children& slot) {
+  const auto monitors = slot.of("monitor");
+  if (monitors.empty()) {
+    return nullptr;
+  }
+  Json monitor = describe(*monitors.front());
+  monitor["disks"] = describeAll(slot.below(monitors.front()->dn).of("disk-"));
+  return monitor;
+}
 
 /// Where what is known of an application instance comes from.
 struct Source {
@@ -53,21 +54,20 @@ constexpr Source kSources[] = {{"app-", "believed"}, {"reported-", "reported"}};
 
 Json describeBelowSlot(const std::string& dn, const std::vector<dme::ObjectView>& objects) {
   const Children slot(objects, dn);
-  Json monitors = slot.of("monitor", [&](const std::string& name, Json& monitor) {
-    monitor["disks"] = Children(objects, name).of("disk-");
-  });
   Json instances = Json::array();
   for (const Source& source : kSources) {
-    const Json found = slot.of(source.step, [&](const std::string& name, Json& instance) {
-      instance["source"] = source.name;
-      instance["faults"] = Children(objects, name).of("fault-");
-      instance["operations"] = Children(objects, name).of("operation");
-    });
-    instances.insert(instances.end(), found.begin(), found.end());
+    for (const dme::ObjectView* const object : slot.of(source.step)) {
+      instances.push_back(describeInstance(*object, slot.below(object->dn), source.name));
+    }
   }
-  return {{"monitor", monitors.empty() ? Json() : monitors.front()},
+  return {{"monitor", describeMonitor(slot)},
           {"instances", std::move(instances)},
-          {"operations", slot.of("operation")}};
+          {"operations", describeAll(slot.of("operation"))}};
+}
+
+Json describeInstance(const std::string& dn, const std::vector<dme::ObjectView>& objects) {
+  const auto object = std::ranges::find(objects, dn, &dme::ObjectView::dn);
+  return object == objects.end() ? Json() : describeInstance(*object, Children(objects, dn));
 }
 
 }  // namespace supervisor::admin

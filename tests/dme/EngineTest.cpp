@@ -7,13 +7,12 @@
 #include <thread>
 
 #include "framework/base/SvcConfigParams.h"
-#include "framework/proc/DmeLink.h"
-#include "model/agboot/Methods.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/sm/DiskFileSystemMo.h"
 #include "model/sm/MonitorMo.h"
-#include "tests/dme/ServiceStandIn.h"
-#include "tests/dme/TempDirectory.h"
+#include "tests/dme/support/EngineClient.h"
+#include "tests/dme/support/ServiceStandIn.h"
+#include "tests/dme/support/TempDirectory.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ManualClock.h"
 
@@ -21,54 +20,15 @@ namespace dme {
 namespace {
 
 using dme_test::ServiceStandIn;
+using Client = dme_test::EngineClient;
 using serviceorchapi::UpdatePlatformInfoMe;
-using serviceorchapi::UpdateSmaHeartbeatMe;
 using serviceorchapi::ValidateAppInstancesMe;
 using serviceorchapi::ValidateBladeStateMe;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-/// A service connected to an engine over a real link. Calls are for one thread, send() for any.
-class Client {
- public:
-  explicit Client(const std::string& endPoint) : receive_(standIn_.receiver()) {
-    link_.open(endPoint, [this](const unsigned char* bytes, std::size_t size) {
-      base::OBioStream copy;
-      copy.loopWrite(bytes, static_cast<unsigned>(size));
-      receive_(0, copy, true);
-    });
-  }
-
-  void send(const std::string& bytes) {
-    base::OBioStream stream;
-    stream.loopWrite(reinterpret_cast<const unsigned char*>(bytes.data()),
-                     static_cast<unsigned>(bytes.size()));
-    EXPECT_TRUE(link_.send(stream, true));
-  }
-  template <class Me>
-  method::Answer<Me> call(typename Me::InTuple arguments) {
-    const std::string cookie = "call " + std::to_string(++calls_);
-    send(ServiceStandIn::encode<Me>(std::move(arguments), cookie));
-    return dme_test::decode<Me>(standIn_.waitForAnswer(cookie)).value();
-  }
-  /// Registers the blade until it is valid; the token that it is told.
-  base::String admit(std::uint32_t slot) {
-    base::String token = std::get<0>(call<ValidateBladeStateMe>({slot, "1.2", ""}).me->out);
-    EXPECT_TRUE(std::get<1>(call<ValidateBladeStateMe>({slot, "1.2", token}).me->out));
-    return token;
-  }
-  void beat(std::uint32_t slot, std::uint32_t count) {
-    send(ServiceStandIn::encode<UpdateSmaHeartbeatMe>({slot, count, 1}, "c", false));
-  }
-  /// Returns when the engine has worked on everything that was sent before.
-  void settle() { call<agboot::BootstrapDoneMe>({}); }
-
- private:
-  ServiceStandIn standIn_;
-  unsigned calls_ = 0;
-  dme::MethodServer::Send receive_;
-  proc::DmeLink link_;  // last: its thread uses the rest
-};
+/// How often blades are judged that beat once a second.
+constexpr milliseconds kStep{250};
 
 class EngineFixture : public testing::Test {
  protected:
@@ -149,6 +109,29 @@ TEST_F(EngineTest, Restarted_KnowsItsBladesAndGivesThemGrace) {
             std::make_tuple(token, true, false));
 }
 
+TEST_F(EngineTest, ProcessThatStoodStill_HearsBeforeItJudges) {
+  test_support::ManualClock clock;
+  const test_support::LogCapture log(5);
+  const auto engine = started(config());
+  Client client(engine->endPoint());
+  client.admit(1);
+  client.admit(2);
+  client.beat(1, 1);
+  client.beat(2, 1);
+  client.settle();
+  ASSERT_TRUE(clock.waitForDeadline(kStep));
+  clock.advance(seconds(40));
+  ASSERT_TRUE(clock.waitForDeadline(milliseconds(1500)));
+  client.beat(1, 2);
+  client.settle();
+  EXPECT_EQ(engine->status().silent, 0u);
+  clock.advance(milliseconds(1500));  // in which the other one has not been heard
+  ASSERT_TRUE(clock.waitForDeadline(kStep));
+  EXPECT_EQ(engine->status().alive, 1u);
+  EXPECT_EQ(engine->status().silent, 1u);
+  EXPECT_FALSE(engine->status().areActionsHeld);
+}
+
 TEST_F(EngineTest, BladesFallSilent_AreJudgedAsTimePassesAndHoldActions) {
   test_support::ManualClock clock;
   const test_support::LogCapture log(5);
@@ -160,8 +143,10 @@ TEST_F(EngineTest, BladesFallSilent_AreJudgedAsTimePassesAndHoldActions) {
   client.beat(2, 1);
   client.settle();
   EXPECT_EQ(engine->status().alive, 2u);
-  ASSERT_TRUE(clock.waitForWaiters(1));
-  clock.advance(milliseconds(4000));
+  for (int step = 0; step < 16; ++step) {
+    ASSERT_TRUE(clock.waitForDeadline(kStep));
+    clock.advance(kStep);
+  }
   EXPECT_TRUE(log.waitFor(8, "2 of 2 blades fell silent together: automatic actions are held"));
   EXPECT_EQ(engine->status().silent, 2u);
   EXPECT_TRUE(engine->status().areActionsHeld);

@@ -84,7 +84,7 @@ TEST_F(CatalogTest, EveryArgument_HasAKnownTypeAndMethod) {
 }
 
 TEST_F(CatalogTest, EveryProperty_HasAKnownClassAndType) {
-  EXPECT_EQ(meta::Prop::all().size(), 130U);
+  EXPECT_EQ(meta::Prop::all().size(), 138U);
   for (const meta::Prop& prop : meta::Prop::all()) {
     EXPECT_NE(meta::Class::find(prop.classId), nullptr) << prop.name;
     EXPECT_NE(meta::Type::find(prop.typeId), nullptr) << prop.name;

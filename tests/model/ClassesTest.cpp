@@ -111,7 +111,14 @@ TEST(Classes, Job_HasTheseProperties) {
                {0x30db, "finishedAt", kU64, 2},
                {0x30dc, "deliverBy", kU64, 2},
                {0x30dd, "finishBy", kU64, 2},
-               {0x30de, "argument", kText, 2}});
+               {0x30de, "argument", kText, 2},
+               {0x30df, "reason", kText, 2},
+               {0x31c0, "code", kU32, 2},
+               {0x31c1, "revision", kU64, 2},
+               {0x31c2, "app", kText, 2},
+               {0x31c3, "finishWithin", kU64, 2},
+               {0x31c4, "version", kText, 2},
+               {0x31c5, "phaseBefore", kText, 2}});
 }
 
 TEST(Classes, ApplicationAndDateTime_HaveTheseProperties) {
@@ -155,7 +162,8 @@ TEST(Classes, WhatTheEngineBelievesAndFinds_HasTheseProperties) {
                {0x3045, "failedAt", kU64, 2},
                {0x3046, "slotId", kU32, 2},
                {0x3047, "jobType", kU8, 2},
-               {0x3048, "mgmtBootstrapVersion", kText, 2}});
+               {0x3048, "mgmtBootstrapVersion", kText, 2},
+               {0x3049, "phase", kText, 4}});
   expectClass(0x304, "operation",
               {{0x3060, "command", kText, 2},
                {0x3061, "percentage", kU32, 2},

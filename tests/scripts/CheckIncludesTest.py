@@ -58,11 +58,14 @@ class CheckIncludesTest(unittest.TestCase):
             serviceOrchAG__svc__Vocabulary_h=header('"framework/base/String.h"'),
             serviceOrchAG__server__MsgHandler_h=header('"serviceOrchAG/svc/Vocabulary.h"',
                                                        '"model/sd/SlotMo.h"'),
-            dme__ObjectStore_h=header('"model/sd/SlotMo.h"', "<sqlite3.h>"),
+            dme__store__ObjectStore_h=header('"model/sd/SlotMo.h"', "<sqlite3.h>"),
+            dme__jobs__JobTable_h=header('"dme/store/ObjectStore.h"', "<tl/expected.hpp>"),
+            dme__Engine_h=header('"dme/jobs/JobTable.h"'),
             sma__Agent_cpp=source('"serviceOrchAG/svc/Vocabulary.h"', "<nlohmann/json.hpp>"),
-            supervisor__http__Server_cpp=source('"dme/ObjectStore.h"', "<boost/beast.hpp>"),
-            tests__dme__ObjectStoreTest_cpp=source('"dme/ObjectStore.h"', "<gtest/gtest.h>",
-                                                   "<zmq.h>"),
+            supervisor__http__Server_cpp=source('"dme/store/ObjectStore.h"',
+                                                   "<boost/beast.hpp>"),
+            tests__dme__store__ObjectStoreTest_cpp=source('"dme/store/ObjectStore.h"',
+                                                          "<gtest/gtest.h>", "<zmq.h>"),
             bench__wire_cpp=source('"bench/generated/wire.pb.h"'))
         self.assert_tidy()
 
@@ -105,6 +108,24 @@ class CheckIncludesTest(unittest.TestCase):
         self.tree(tests__support__LogCapture_h=header(),
                   dme__Engine_h=header('"tests/support/LogCapture.h"'))
         self.assert_broken("dme/Engine.h:3: dme must not include tests/support/LogCapture.h")
+
+    def test_back_edge_between_rooms_of_the_engine_is_found(self):
+        self.tree(dme__Engine_h=header(), dme__jobs__JobTable_h=header(),
+                  dme__store__ObjectStore_h=header('"dme/jobs/JobTable.h"'),
+                  dme__apps__AppCatalog_h=header('"dme/Engine.h"'),
+                  dme__link__MethodServer_h=header('"dme/jobs/JobTable.h"'))
+        self.assert_broken(
+            "dme/apps/AppCatalog.h:3: dme/apps must not include dme/Engine.h",
+            "dme/link/MethodServer.h:3: dme/link must not include dme/jobs/JobTable.h",
+            "dme/store/ObjectStore.h:3: dme/store must not include dme/jobs/JobTable.h")
+
+    def test_library_of_one_room_is_refused_in_another(self):
+        self.tree(dme__jobs__JobTable_cpp=source("<sqlite3.h>"))
+        self.assert_broken("dme/jobs/JobTable.cpp:1: dme/jobs must not use SQLite")
+
+    def test_new_room_of_the_engine_wants_a_place(self):
+        self.tree(dme__attic__Old_h=header())
+        self.assert_broken("dme/attic/Old.h:1: this folder stands in no layer")
 
     def test_folder_outside_the_table_is_found(self):
         self.tree(framework__helpers__Strings_h=header(), main_cpp=source("<string>"),

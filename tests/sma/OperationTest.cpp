@@ -41,7 +41,7 @@ TEST(Operation, ThatFails_StopsWithTheCauseWhereItWas) {
   const Progress last = operation.next();
   EXPECT_EQ(last.percent, 50U);
   EXPECT_EQ(last.status, "failed");
-  EXPECT_EQ(last.code, 503U);
+  EXPECT_EQ(last.code, 508U);
   EXPECT_EQ(last.error, "startApp ended with exit status 1");
   EXPECT_TRUE(operation.isDone());
   EXPECT_FALSE(operation.effect());
@@ -76,7 +76,8 @@ TEST(Operation, Effects_AreThoseOfTheirCommands) {
   Operation installing(plan("installApp"));
   play(installing);
   EXPECT_EQ(installing.effect()->installed, true);
-  EXPECT_EQ(installing.effect()->running, true);
+  EXPECT_EQ(installing.effect()->running, false);
+  EXPECT_EQ(installing.effect()->hotfixes, "");
 }
 
 TEST(Operation, OfThePlatform_ChangesNoInstance) {

@@ -153,5 +153,23 @@ TEST(Platform, InstallingAndRemoving_ChangesTheList) {
   EXPECT_THAT(idsOf(platform.apps()), ElementsAre("slot1-app1", "slot1-app2", "mail"));
 }
 
+TEST(Platform, InstanceThatCameAndWent_LeavesNothing) {
+  BladePlatform platform(1, 3, 1);
+  platform.change({.id = "a1", .version = "9", .running = false});
+  platform.change({.id = "a1", .installed = false});
+  EXPECT_EQ(platform.apps().size(), 1U);
+  platform.change({.id = "a1", .installed = true});
+  EXPECT_EQ(platform.apps().back().version, "1.0");
+}
+
+TEST(Platform, RemovedApps_AreAllOfThem) {
+  BladePlatform platform(1, 3, 2);
+  platform.change({.id = "a1"});
+  platform.removeApps();
+  EXPECT_TRUE(platform.apps().empty());
+  platform.change({.id = "slot3-app1", .version = "2.0"});
+  EXPECT_EQ(platform.apps().at(0).id, "slot3-app1");
+}
+
 }  // namespace
 }  // namespace sma

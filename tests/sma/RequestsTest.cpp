@@ -65,13 +65,5 @@ TEST(Requests, ReplyOfOtherPartsOrStatus_IsRefused) {
   EXPECT_FALSE(parseReply(reply("-1", ""), out));
 }
 
-TEST(Requests, Refusal_EchoesTheCommandWithStatus500) {
-  msglyr::Message refusal;
-  ASSERT_TRUE(makeRefusal(makeRequest("x", "9", 3, std::string_view()), refusal));
-  EXPECT_EQ(refusal[2], "9");
-  EXPECT_EQ(refusal[3], "500");
-  EXPECT_FALSE(makeRefusal(msglyr::Message(3), refusal));
-}
-
 }  // namespace
 }  // namespace sma

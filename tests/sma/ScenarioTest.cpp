@@ -47,6 +47,49 @@ TEST(Scenario, Expectations_FailWithSlotCountAndSpan) {
                   "slot 9: is expected something of, but not simulated"));
 }
 
+TEST(Scenario, CommandsAndTheirFaults_AreAppliedToTheirSlots) {
+  const Scenario scenario = Scenario::parse(R"({
+    "blades": [{"slots": "3", "commands": {"time": 0.5, "jitter": 0, "fail_chance": 1},
+                "command_faults": [
+                  {"kind": "lateReply", "times": 2, "command": "stopApp", "delayMs": 700},
+                  {"kind": "die", "moment": "reply"}, {"kind": "refuse", "code": 512, "times": 0},
+                  {"kind": "stall", "lastsMs": 10}]}]
+  })",
+                                            "s.json");
+  BladeAgent::Settings third;
+  third.slot = 3;
+  scenario.apply(third);
+  EXPECT_EQ(third.commands.time, std::chrono::milliseconds(500));
+  EXPECT_EQ(third.commands.jitter, 0);
+  EXPECT_EQ(third.commands.failChance, 1);
+  const auto& faults = third.commands.faults;
+  ASSERT_EQ(faults.size(), 4U);
+  EXPECT_EQ(faults[0].kind, FaultKind::LateReply);
+  EXPECT_EQ(faults[0].times, 2U);
+  EXPECT_EQ(faults[0].command, "stopApp");
+  EXPECT_EQ(faults[0].delay, std::chrono::milliseconds(700));
+  EXPECT_TRUE(faults[1].beforeReply);
+  EXPECT_EQ(faults[1].lasts, std::chrono::milliseconds(1000));
+  EXPECT_EQ(faults[1].times, 1U);
+  EXPECT_EQ(faults[2].code, 512U);
+  EXPECT_EQ(faults[2].times, 0U);
+  EXPECT_EQ(faults[3].lasts, std::chrono::milliseconds(10));
+  BladeAgent::Settings fourth;
+  fourth.slot = 4;
+  scenario.apply(fourth);
+  EXPECT_THAT(fourth.commands.faults, IsEmpty());
+}
+
+TEST(Scenario, CommandsThatWereToBeExecuted_AreMissed) {
+  const Scenario scenario = Scenario::parse(
+      R"({"expect": [{"slots": "3", "executed": {"stopApp": 1, "installApp": 0}}]})", "s.json");
+  BladeAgent::Settings settings;
+  settings.slot = 3;
+  const BladeAgent blade(settings, {});
+  EXPECT_THAT(scenario.failures({&blade}),
+              ElementsAre("slot 3: executed stopApp is 0, expected 1"));
+}
+
 TEST(Scenario, FulfilledExpectations_AreSilent) {
   const Scenario scenario = Scenario::parse(
       R"({"expect": [{"slots": "3", "state": "unregistered", "counts": {"beats": {"max": 0}}}]})",
@@ -146,40 +189,52 @@ TEST_P(ScenarioRefused, BadText_NamesFilePlaceAndCause) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, ScenarioRefused,
-    testing::Values(std::pair("{", "parse error"), std::pair("[]", "an object is needed here"),
-                    std::pair(R"({"blade": []})", "unknown key 'blade'; known are blades, expect"),
-                    std::pair(R"({"blades": [{}]})", "blades[0]: a text 'slots' is needed"),
-                    std::pair(R"({"blades": [{"slots": "0"}]})", "blades[0]: slots: '0'"),
-                    std::pair(R"({"blades": [{"slots": "1", "faults": [{"fault": "sulk"}]}]})",
-                              "blades[0].faults[0]: unknown fault 'sulk'"),
-                    std::pair(R"({"blades": [{"slots": "1", "faults": [{"fault": "silence",
+    testing::Values(
+        std::pair("{", "parse error"), std::pair("[]", "an object is needed here"),
+        std::pair(R"({"blade": []})", "unknown key 'blade'; known are blades, expect"),
+        std::pair(R"({"blades": [{}]})", "blades[0]: a text 'slots' is needed"),
+        std::pair(R"({"blades": [{"slots": "0"}]})", "blades[0]: slots: '0'"),
+        std::pair(R"({"blades": [{"slots": "1", "faults": [{"fault": "sulk"}]}]})",
+                  "blades[0].faults[0]: unknown fault 'sulk'"),
+        std::pair(R"({"blades": [{"slots": "1", "faults": [{"fault": "silence",
                               "at": -1}]}]})",
-                              "'at' is no number of seconds"),
-                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "sing"}]}]})",
-                              "blades[0].actions[0]: unknown action 'sing'; known are report, "
-                              "app-failure, progress"),
-                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "progress",
+                  "'at' is no number of seconds"),
+        std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "sing"}]}]})",
+                  "blades[0].actions[0]: unknown action 'sing'; known are report, "
+                  "app-failure, progress"),
+        std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "progress",
                               "command": "polishApp"}]}]})",
-                              "unknown command 'polishApp'; known are installApp"),
-                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "progress",
+                  "unknown command 'polishApp'; known are installApp"),
+        std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "progress",
                               "steps": 0}]}]})",
-                              "'steps' is no number from 1 to 100"),
-                    std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "report",
+                  "'steps' is no number from 1 to 100"),
+        std::pair(R"({"blades": [{"slots": "1", "actions": [{"action": "report",
                               "expect": "something"}]}]})",
-                              "blades[0].actions[0].expect: an object is needed here"),
-                    std::pair(R"({"blades": [{"slots": "1", "apps": [{"state": "running"}]}]})",
-                              "blades[0].apps[0]: an 'app' is needed"),
-                    std::pair(R"({"blades": [{"slots": "1", "apps": [{"app": 1,
+                  "blades[0].actions[0].expect: an object is needed here"),
+        std::pair(R"({"blades": [{"slots": "1", "apps": [{"state": "running"}]}]})",
+                  "blades[0].apps[0]: an 'app' is needed"),
+        std::pair(R"({"blades": [{"slots": "1", "apps": [{"app": 1,
                               "state": "started"}]}]})",
-                              "unknown state 'started'; known are running, stopped"),
-                    std::pair(R"({"expect": [{"slots": "1", "replies": {"smiles": {"100": 1}}}]})",
-                              "unknown kind of request 'smiles'"),
-                    std::pair(R"({"expect": [{"slots": "1", "state": "asleep"}]})",
-                              "unknown state 'asleep'"),
-                    std::pair(R"({"expect": [{"slots": "1", "counts": {"smiles": 1}}]})",
-                              "unknown count 'smiles'"),
-                    std::pair(R"({"expect": [{"slots": "1", "statuses": {"ok": 1}}]})",
-                              "'ok' is no status code")));
+                  "unknown state 'started'; known are running, stopped"),
+        std::pair(R"({"expect": [{"slots": "1", "replies": {"smiles": {"100": 1}}}]})",
+                  "unknown kind of request 'smiles'"),
+        std::pair(R"({"blades": [{"slots": "1", "command_faults": [{"kind": "sulk"}]}]})",
+                  "blades[0].command_faults[0]: unknown kind 'sulk'; known are ignore"),
+        std::pair(R"({"blades": [{"slots": "1", "command_faults": [{"kind": "fail",
+                              "lasts": 1}]}]})",
+                  "blades[0].command_faults[0]: unknown key 'lasts'"),
+        std::pair(R"({"blades": [{"slots": "1", "command_faults": [{"kind": "fail",
+                              "command": "polishApp"}]}]})",
+                  "unknown command 'polishApp'; known are installApp"),
+        std::pair(R"({"blades": [{"slots": "1", "commands": {"fail_chance": 2}}]})",
+                  "blades[0].commands: 'fail_chance' is no number from 0 to 1"),
+        std::pair(R"({"expect": [{"slots": "1", "executed": {"polishApp": 1}}]})",
+                  "unknown command 'polishApp'"),
+        std::pair(R"({"expect": [{"slots": "1", "state": "asleep"}]})", "unknown state 'asleep'"),
+        std::pair(R"({"expect": [{"slots": "1", "counts": {"smiles": 1}}]})",
+                  "unknown count 'smiles'"),
+        std::pair(R"({"expect": [{"slots": "1", "statuses": {"ok": 1}}]})",
+                  "'ok' is no status code")));
 
 TEST(Scenario, MissingFile_SaysSo) {
   EXPECT_THROW(Scenario::load("no-such-file.json"), std::runtime_error);

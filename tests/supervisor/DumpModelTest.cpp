@@ -7,7 +7,7 @@
 
 #include "dme/Engine.h"
 #include "supervisor/admin/AdminInterface.h"
-#include "tests/dme/TempDirectory.h"
+#include "tests/dme/support/TempDirectory.h"
 
 namespace supervisor {
 namespace {

@@ -25,6 +25,12 @@ std::vector<LogLine> LogCapture::lines() const {
   return lines_;
 }
 
+std::vector<LogLine> LogCapture::linesOf(std::string_view function) const {
+  std::vector<LogLine> all = lines();
+  std::erase_if(all, [function](const LogLine& line) { return line.function != function; });
+  return all;
+}
+
 bool LogCapture::contains(int level, std::string_view text) const {
   return count(level, text) > 0;
 }

@@ -32,6 +32,9 @@ class LogCapture final : private core_log::Observer {
 
   [[nodiscard]] std::vector<LogLine> lines() const;
 
+  /// Those of one function, in order.
+  [[nodiscard]] std::vector<LogLine> linesOf(std::string_view function) const;
+
   /// True when a line of this level has exactly this text.
   [[nodiscard]] bool contains(int level, std::string_view text) const;
 

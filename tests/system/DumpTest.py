@@ -1,12 +1,10 @@
 """The model read back: from a running zedd through its admin socket, from a stopped one by itself."""
 
 import contextlib
-import http.client
 import json
 import os
 import shutil
 import signal
-import socket
 import sqlite3
 import subprocess
 import tempfile
@@ -15,6 +13,7 @@ import time
 import unittest
 
 import harness
+from admin import AdminConnection, connect
 
 SLOT = "sys/chassis-1/slot-3"
 
@@ -30,34 +29,6 @@ PLATFORM = """
   </application>
 </platformInfoUpdateRequest>
 """
-
-
-class AdminConnection(http.client.HTTPConnection):
-    """HTTP over the Unix socket of a state directory."""
-
-    def __init__(self, zedd):
-        super().__init__("zedd", timeout=harness.DEADLINE)
-        self._path = zedd.folder / "state" / "admin.sock"
-
-    def connect(self):
-        self.sock = connect(self._path)
-
-    def ask(self, path, method="GET"):
-        """Status, content type and document of an answer."""
-        self.request(method, path)
-        response = self.getresponse()
-        return response.status, response.getheader("Content-Type"), json.load(response)
-
-
-def connect(path):
-    client = socket.socket(socket.AF_UNIX)
-    try:
-        client.settimeout(harness.DEADLINE)
-        client.connect(str(path))
-    except OSError:
-        client.close()
-        raise
-    return client
 
 
 def dump(zedd, *name, configuration="zedd.toml"):
@@ -285,11 +256,10 @@ class AdminSocketTest(DumpCase):
 
     def wait_for_beat(self):
         """The slot once the heartbeat, which nobody answers for, has reached the engine."""
-        deadline = time.monotonic() + harness.DEADLINE
-        while True:
-            slot = self.admin.ask("/api/v1/slots/3")[2]
-            if slot["beats"]["received"] or time.monotonic() > deadline:
-                return slot
+        def slot():
+            return self.admin.ask("/api/v1/slots/3")[2]
+        harness.wait_until(lambda: slot()["beats"]["received"], slot)
+        return slot()
 
     def test_what_cannot_be_asked_is_a_problem_with_a_remedy(self):
         for method, path, status, kind in (
@@ -340,10 +310,9 @@ class RemoteEngineTest(unittest.TestCase):
                                    stderr=subprocess.DEVNULL)
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
-        deadline = time.monotonic() + harness.DEADLINE
+        # At first the process has not come to its state directory.
+        harness.wait_until(lambda: "is not there" not in dump(zedd).stderr)
         result = dump(zedd)
-        while "is not there" in result.stderr and time.monotonic() < deadline:
-            result = dump(zedd)  # the process has not come to its state directory yet
         self.assertEqual(result.returncode, 1)
         self.assertIn(f"the engine is expected at {end_point}", result.stderr)
         with contextlib.closing(AdminConnection(zedd)) as admin:

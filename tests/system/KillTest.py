@@ -2,7 +2,6 @@
 
 import os
 import random
-import threading
 import time
 import unittest
 
@@ -14,7 +13,7 @@ AGENTS = 6
 SLOTS_OF_AGENT = 400
 
 
-class Agent(threading.Thread):
+class Agent(harness.Companion):
     """Registers one fresh slot after the other and notes the tokens that it is told."""
 
     def __init__(self, number, told, seed):
@@ -22,9 +21,8 @@ class Agent(threading.Thread):
         self._slots = range(1 + number * SLOTS_OF_AGENT, 1 + (number + 1) * SLOTS_OF_AGENT)
         self._told = told
         self._random = random.Random(seed)
-        self._stopping = threading.Event()
 
-    def run(self):
+    def work(self):
         for slot in self._random.sample(self._slots, len(self._slots)):
             with harness.Blade(slot) as blade:
                 for _ in range(2):  # the first reply tells the token with "come again"
@@ -45,10 +43,6 @@ class Agent(threading.Thread):
         token = reply.text("token")
         if reply.status in ("100", "510") and token:
             self._told.setdefault(slot, set()).add(token)
-
-    def stop(self):
-        self._stopping.set()
-        self.join()
 
 
 class KillTest(unittest.TestCase):

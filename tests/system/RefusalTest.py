@@ -1,26 +1,10 @@
 """Requests that zedd refuses, and the exact words of each refusal."""
 
-import unittest
-
 import harness
+from RequestCase import RequestCase
 
 
-class RefusalTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.zedd = cls.enterClassContext(harness.Zedd())
-        registered = cls.enterClassContext(harness.Blade(20))
-        registered.register_validly()
-
-    def blade(self, slot):
-        return self.enterContext(harness.Blade(slot))
-
-    def assert_refused(self, reply, subject, status, root, message, content_type="nox-xml:1"):
-        self.assertEqual(
-            (reply.subject, reply.content_type, reply.status, reply.root, reply.code,
-             reply.message),
-            (subject, content_type, status, root, status, message))
-
+class RefusalTest(RequestCase):
     # --- 500
 
     def test_unknown_command_is_refused_before_registration_is_asked_for(self):

@@ -3,18 +3,10 @@
 import unittest
 
 import harness
+from RequestCase import RequestCase
 
 
-class RegistrationTest(unittest.TestCase):
-    """One zedd for all; each test takes slots of its own."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.zedd = cls.enterClassContext(harness.Zedd())
-
-    def blade(self, slot):
-        return self.enterContext(harness.Blade(slot))
-
+class RegistrationTest(RequestCase):
     def test_register_slot_without_token_is_told_to_come_again(self):
         reply = self.blade(1).register()
         self.assertEqual(reply.subject, "sma_slot1.register")

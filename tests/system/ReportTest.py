@@ -3,25 +3,12 @@
 import json
 import os
 import subprocess
-import unittest
 
 import harness
+from RequestCase import RequestCase
 
 
-class ReportTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.zedd = cls.enterClassContext(harness.Zedd())
-        registered = cls.enterClassContext(harness.Blade(20))
-        registered.register_validly()
-
-    def blade(self, slot):
-        return self.enterContext(harness.Blade(slot))
-
-    def assert_refused(self, reply, subject, root, message):
-        self.assertEqual((reply.subject, reply.status, reply.root, reply.code, reply.message),
-                         (subject, "505", root, "505", message))
-
+class ReportTest(RequestCase):
     def test_app_failure_of_a_registered_blade_is_acknowledged(self):
         blade = self.blade(11)
         blade.register_validly()
@@ -45,7 +32,7 @@ class ReportTest(unittest.TestCase):
 
     def test_app_failure_without_instance_is_refused(self):
         reply = self.blade(20).request("serviceOrchAG.appFailure", "<appFailureRequest/>")
-        self.assert_refused(reply, "sma_slot20.appFailure", "appFailureResponse",
+        self.assert_refused(reply, "sma_slot20.appFailure", "505", "appFailureResponse",
                             "No <appInstanceId> tag found in the appFailure request")
 
     def test_progress_with_a_wrong_value_names_it(self):
@@ -53,7 +40,7 @@ class ReportTest(unittest.TestCase):
                 "operStatus": "paused", "code": 100, "ack": "no"}
         reply = self.blade(20).request("serviceOrchAG.commandProgress.update", harness.document(
             "commandProgressUpdateRequest", tags))
-        self.assert_refused(reply, "sma_slot20.commandProgress.update",
+        self.assert_refused(reply, "sma_slot20.commandProgress.update", "505",
                             "commandProgressUpdateResponse",
                             'Invalid value "y.installApp" found for <operCmd> in the '
                             "commandProgressUpdate request")
@@ -66,7 +53,7 @@ class ReportTest(unittest.TestCase):
     def test_progress_without_a_needed_tag_names_it(self):
         reply = self.blade(20).request("serviceOrchAG.commandProgress.update", harness.document(
             "commandProgressUpdateRequest", {"appInstanceId": 1, "operCmd": "stopApp"}))
-        self.assert_refused(reply, "sma_slot20.commandProgress.update",
+        self.assert_refused(reply, "sma_slot20.commandProgress.update", "505",
                             "commandProgressUpdateResponse",
                             "No <operProgress> tag found in the commandProgressUpdate request")
 

@@ -90,6 +90,12 @@ class RefusalToStartTest(FolderTest):
         path.write_bytes(content)
         self.assert_database_refused(path, "damaged")
 
+    def test_damaged_name_is_told_in_one_printable_line(self):
+        path = self.database()
+        path.write_bytes(path.read_bytes().replace(b"runningVersion", b"runni\n\xe9\x1bersion"))
+        self.assert_one_line(run("--config", self.configuration()), 1, str(path),
+                             r"runni\x0A\xE9\x1Bersion")
+
     def test_file_that_is_no_database_is_left_untouched(self):
         path = self.database()
         path.write_bytes(b"this is no database" * 100)
@@ -138,12 +144,14 @@ class RunningTest(unittest.TestCase):
         first = self.enterContext(harness.Zedd())
         second = harness.Zedd()
         self.addCleanup(second.__exit__)
-        with self.assertRaises(AssertionError):
-            second.start(seconds=1.5)
-        self.assertIn("An exception occurred while setting up server or worker end point: cannot "
-                      "bind 'tcp://127.0.0.1:5557': Address already in use", second.log.text())
+        second.launch()
+        self.assertIsNotNone(second.log.wait_for(
+            "An exception occurred while setting up server or worker end point: cannot "
+            "bind 'tcp://127.0.0.1:5557': Address already in use"))
+        self.assertNotIn("zedd: ready", second.output.text())
         first.stop()
-        second.start()
+        self.assertIsNotNone(second.output.wait_for("zedd: ready"))
+        self.assertEqual(self.enterContext(harness.Blade(1)).heartbeat().status, "510")
 
     def test_hangup_rereads_the_log_level(self):
         zedd = self.enterContext(harness.Zedd({"log.level": 5}))
@@ -157,11 +165,35 @@ class RunningTest(unittest.TestCase):
         blade.heartbeat()
         self.assertIsNotNone(zedd.log.wait_for("Handling SMA request"))
 
-    def test_log_file_is_for_its_owner_only(self):
+    def test_hangup_begins_a_new_log_file_where_the_old_one_was_moved_away(self):
+        zedd, log = self.with_log_file()
+        old = log.rename(log.with_suffix(".1"))
+        os.kill(zedd.pid, signal.SIGHUP)
+        harness.wait_until(lambda: log.exists() and "log level is 4" in log.read_text())
+        self.assertEqual(log.stat().st_mode & 0o777, 0o600)
+        before = old.read_text()
+        with harness.Blade(1) as blade:
+            blade.heartbeat()
+        harness.wait_until(lambda: "Handling SMA request" in log.read_text())
+        self.assertEqual(old.read_text(), before)
+
+    def test_hangup_stays_with_the_old_log_file_when_there_can_be_no_new_one(self):
+        zedd, log = self.with_log_file()
+        old = log.rename(log.with_suffix(".1"))
+        log.mkdir()
+        os.kill(zedd.pid, signal.SIGHUP)
+        harness.wait_until(lambda: "log level is 4" in old.read_text())
+        self.assertIn(f"{log} cannot be opened: Is a directory", old.read_text())
+
+    def with_log_file(self):
         folder = pathlib.Path(tempfile.mkdtemp(prefix="zedd-test-"))
         self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
-        self.enterContext(harness.Zedd({"log.file": str(folder / "zedd.log")}))
-        self.assertEqual((folder / "zedd.log").stat().st_mode & 0o777, 0o600)
+        log = folder / "zedd.log"
+        return self.enterContext(harness.Zedd({"log.file": str(log)})), log
+
+    def test_log_file_is_for_its_owner_only(self):
+        _, log = self.with_log_file()
+        self.assertEqual(log.stat().st_mode & 0o777, 0o600)
 
     def test_each_signal_ends_it_cleanly_within_two_seconds(self):
         for number in (signal.SIGTERM, signal.SIGINT):
@@ -171,6 +203,23 @@ class RunningTest(unittest.TestCase):
                 os.kill(zedd.pid, number)
                 self.assertEqual(zedd.stop(), 0)
                 self.assertLess(time.monotonic() - started, 2)
+
+
+class StartUpTest(FolderTest):
+    def test_signal_at_any_moment_of_the_start_ends_it_cleanly(self):
+        configuration = self.configuration()
+        for line in ("start: engine at", "Initializing MsgHandler", "Waiting for channel init",
+                     "Channel initialized", "bootstrap done") * 8:
+            process = subprocess.Popen(
+                [os.environ["ZAN_ZEDD"], "--config", configuration, "--set", "log.level=5"],
+                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                text=True, preexec_fn=harness.die_with_parent)
+            self.addCleanup(process.kill)
+            log = harness.Lines(process.stderr)
+            log.wait_for(line)
+            process.send_signal(signal.SIGTERM)
+            self.assertEqual(process.wait(harness.DEADLINE), 0, f"after '{line}'\n{log.text()}")
+            log.join()
 
 
 class RemoteEngineTest(unittest.TestCase):
@@ -192,10 +241,8 @@ class RemoteEngineTest(unittest.TestCase):
                 self.assertLess(time.monotonic() - started, 2)
 
     def assert_comes(self, path, text):
-        deadline = time.monotonic() + harness.DEADLINE
-        while not (path.exists() and text in path.read_text(errors="replace")):
-            self.assertLess(time.monotonic(), deadline, f"no line with '{text}'")
-            time.sleep(0.02)
+        harness.wait_until(lambda: path.exists() and text in path.read_text(errors="replace"),
+                           lambda: f"no line with '{text}'")
 
 
 if __name__ == "__main__":

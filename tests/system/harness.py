@@ -71,8 +71,44 @@ def _wait_for_lock():
     fcntl.flock(_lock, fcntl.LOCK_EX)
 
 
-def _die_with_parent():
+def die_with_parent():
+    """For a child process: the test's end, however it comes, is the child's."""
     _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def wait_until(condition, state=lambda: "", seconds=DEADLINE):
+    """Waits until a condition holds; an assertion that tells the state if it does not in time."""
+    deadline = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > deadline:
+            raise AssertionError(f"not so within {seconds} s: {state()}")
+        time.sleep(0.01)
+
+
+class Companion(threading.Thread):
+    """Works beside a test until the test stops it. What goes wrong in it fails the test."""
+
+    def __init__(self):
+        super().__init__(daemon=True)
+        self._stopping = threading.Event()
+        self._error = None
+
+    def work(self):
+        """What a derived class does; it ends soon after _stopping is set."""
+        raise NotImplementedError
+
+    def run(self):
+        try:
+            self.work()
+        except Exception as error:  # for the test's thread
+            self._error = error
+
+    def stop(self):
+        """Waits for the end and raises what the work raised."""
+        self._stopping.set()
+        self.join()
+        if self._error is not None:
+            raise self._error
 
 
 class Lines:
@@ -156,16 +192,20 @@ class Zedd:
         if self._own_folder:
             shutil.rmtree(self.folder, ignore_errors=True)
 
-    def start(self, seconds=DEADLINE):
-        """Starts the process and waits until it is ready to serve."""
+    def launch(self):
+        """Starts the process, which need not become ready."""
         (self.folder / "state").mkdir(mode=0o700, exist_ok=True)
         configuration = self.folder / "zedd.toml"
         configuration.write_text(as_toml(self._settings))
         self._process = subprocess.Popen(
             [self._program, "--config", configuration], stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, errors="replace",
-            preexec_fn=_die_with_parent)
+            preexec_fn=die_with_parent)
         self.output, self.log = Lines(self._process.stdout), Lines(self._process.stderr)
+
+    def start(self, seconds=DEADLINE):
+        """Starts the process and waits until it is ready to serve."""
+        self.launch()
         if self.output.wait_for("zedd: ready", seconds) is None:
             self.kill(grace=1 if self.output.has_ended() else 0)
             raise AssertionError(

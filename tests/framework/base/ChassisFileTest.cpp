@@ -17,7 +17,8 @@ std::string errorOf(const std::string& text) {
 TEST(ChassisFile, WholeDescription_IsRead) {
   const auto chassis = parseChassisText(
       "[chassis]\nid = 2\nname = \"rack 4\"\nmodel = \"standard\"\nserial = \"JX2301\"\n"
-      "[[slot]]\nnumber = 3\nname = \"right\"\n[[slot]]\nnumber = 1\n",
+      "[[slot]]\nnumber = 3\nname = \"right\"\nserial = \"B3\"\nmodel = \"b1\"\n[[slot]]\nnumber = "
+      "1\n",
       "c.toml");
   ASSERT_TRUE(chassis) << chassis.error();
   EXPECT_EQ(chassis->id, 2u);
@@ -29,6 +30,9 @@ TEST(ChassisFile, WholeDescription_IsRead) {
   EXPECT_EQ(chassis->slots[0].name, "");
   EXPECT_EQ(chassis->slots[1].number, 3u);
   EXPECT_EQ(chassis->slots[1].name, "right");
+  EXPECT_EQ(chassis->slots[1].serial, "B3");
+  EXPECT_EQ(chassis->slots[1].model, "b1");
+  EXPECT_EQ(chassis->slots[0].serial, "");
 }
 
 TEST(ChassisFile, SlotsOnly_HasTheDefaultChassis) {
@@ -63,7 +67,7 @@ TEST(ChassisFile, Mistakes_AreNamedWithTheirLine) {
       {"[chassis]\nnam = \"a\"\n",
        "c.toml:2: unknown key 'nam'; [chassis] has 'id', 'name', 'model', 'serial'"},
       {"[[slot]]\nnumber = 1\nnumer = 1\n",
-       "c.toml:3: unknown key 'numer'; [[slot]] has 'number', 'name', 'apps'"},
+       "c.toml:3: unknown key 'numer'; [[slot]] has 'number', 'name', 'serial', 'model', 'apps'"},
       {"[[slots]]\nnumber = 1\n", "c.toml:1: unknown key 'slots'; the file has 'chassis', 'slot'"},
   };
   for (const auto& each : kCases) {

@@ -361,6 +361,7 @@ TEST_F(SvcConfigParamsTest, Help_ListsEveryKeyOnce) {
                           "dme.heartbeat_interval",
                           "dme.heartbeat_misses",
                           "dme.grace",
+                          "dme.settle_after",
                           "message.max_bytes",
                           "message.max_parts",
                           "message.receive_hwm",

@@ -39,6 +39,20 @@ TEST_F(FinjManagerTest, ActivityForTwoTimes_EndsAfterThem) {
   EXPECT_EQ(manager_.executeActivities("hook"), 0);
 }
 
+TEST_F(FinjManagerTest, Activities_ShowWhatIsSetAndHowOftenItWillHappen) {
+  EXPECT_TRUE(manager_.activities().empty());
+  manager_.setActivity("a", {.result = 4, .assignments = {{"lBits", 8}}, .times = 2});
+  manager_.setActivity("b", {.result = 2, .assignments = {}, .times = 0});
+  manager_.executeActivities("a");
+  manager_.executeActivities("b");
+  const auto activities = manager_.activities();
+  ASSERT_EQ(activities.size(), 2u);
+  EXPECT_EQ(activities.at("a").result, 4);
+  EXPECT_EQ(activities.at("a").assignments.at("lBits"), 8);
+  EXPECT_EQ(activities.at("a").times, 1u);
+  EXPECT_EQ(activities.at("b").times, 0u);
+}
+
 TEST_F(FinjManagerTest, RemovedActivity_IsGone) {
   manager_.setActivity("hook", {.result = 1, .assignments = {}, .times = 0});
   EXPECT_TRUE(manager_.removeActivity("hook"));

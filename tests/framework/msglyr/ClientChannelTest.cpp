@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -12,9 +9,9 @@
 
 #include "framework/msglyr/AsyncRouterDealerChannel.h"
 #include "framework/msglyr/Counters.h"
-#include "framework/msglyr/FileDescriptor.h"
 #include "framework/msglyr/Socket.h"
 #include "tests/framework/msglyr/TestPeer.h"
+#include "tests/framework/msglyr/VacantEndPoint.h"
 
 namespace msglyr::test {
 namespace {
@@ -24,20 +21,15 @@ using std::chrono::milliseconds;
 
 const Parts kCommand{"sma_slot3.formatDisk", "nox-xml:1", "1", "serviceOrchAG", "<formatDisk/>"};
 
-// An end point that nobody listens at. It lies below the ephemeral range, so that nobody is given
-// it meanwhile and the channel cannot connect to itself.
-std::string vacantEndPoint() {
-  for (int port = 20000 + static_cast<int>(getpid()) % 10000; port < 32000; ++port) {
-    const FileDescriptor probe(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket");
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::bind(probe.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-      return "tcp://127.0.0.1:" + std::to_string(port);
-    }
+/// Waits for a command, sends it back and returns it, behind its routing frame.
+Parts answerWithItself(TestPeer& blade) {
+  const auto command = blade.receive();
+  if (!command) {
+    ADD_FAILURE() << "no command";
+    return Parts(2);
   }
-  throw std::runtime_error("no vacant port");
+  blade.send(*command);
+  return *command;
 }
 
 class ClientChannel : public testing::Test {
@@ -73,11 +65,37 @@ TEST_F(ClientChannel, CommandAndReply_ArriveWholeWithoutDelimiter) {
   std::thread blade([this] {
     answer(takeCommand(), {"a", "b", "1", "100", std::string("x\0y", 3)});
   });
-  char address[kAddressBytes] = "";
+  char address[kAddressBytes];
+  std::fill(std::begin(address), std::end(address), 'x');
   EXPECT_EQ(channel_.receive(address, &reply, 10000), 5);
   blade.join();
   EXPECT_EQ(reply.parts(), (Parts{"a", "b", "1", "100", std::string("x\0y", 3)}));
   EXPECT_EQ(address, blade_.endPoint());
+}
+
+TEST_F(ClientChannel, WorkerEndPoint_HasNoEffect) {
+  channel_.setWorkerEndPoint("inproc://workers");
+  ASSERT_EQ(sendCommand(), 5);
+  Message reply;
+  std::thread blade([this] { answer(takeCommand(), {"answer"}); });
+  EXPECT_EQ(channel_.receive(nullptr, &reply, 10000), 1);
+  blade.join();
+}
+
+TEST_F(ClientChannel, LongEndPoint_IsCutToTheAddressBuffer) {
+  const std::string endPoint = blade_.endPoint();
+  const std::string zeros(2 * kAddressBytes, '0');
+  const std::string padded = "tcp://" + zeros + "177.0.0.1" + endPoint.substr(endPoint.rfind(':'));
+  channel_.setServerEndPoint(padded);  // the same address: 177 is octal
+  ASSERT_EQ(sendCommand(), 5);
+  Message reply;
+  std::thread blade([this] { answer(takeCommand(), {"answer"}); });
+  char address[kAddressBytes + 1];
+  address[kAddressBytes] = 'x';
+  EXPECT_EQ(channel_.receive(address, &reply, 10000), 1);
+  blade.join();
+  EXPECT_EQ(address, padded.substr(0, kAddressBytes - 1));
+  EXPECT_EQ(address[kAddressBytes], 'x');
 }
 
 TEST_F(ClientChannel, ReplyOfOtherSizes_IsReportedAsItIs) {
@@ -147,11 +165,7 @@ TEST_F(ClientChannel, NewEndPoint_LeavesTheFormerOne) {
   channel_.setServerEndPoint(other.endPoint());
   for (int i = 0; i < 4; ++i) {
     ASSERT_EQ(sendCommand(), 5);
-    std::thread blade([&] {
-      auto request = other.receive();
-      ASSERT_TRUE(request.has_value());
-      other.send(*request);
-    });
+    std::thread blade([&] { answerWithItself(other); });
     Message reply;
     EXPECT_EQ(channel_.receive(nullptr, &reply, 10000), 5);
     blade.join();
@@ -186,12 +200,7 @@ TEST(UnreachableBlade, NobodyListens_ZeroAtTheDeadlineAndNeverDeliveredLater) {
   Message next(1);
   next[0] = "next";
   ASSERT_EQ(channel.send("", &next), 1);
-  std::thread answering([&] {
-    const auto request = blade.receive();
-    ASSERT_TRUE(request.has_value());
-    EXPECT_EQ(request->at(1), "next");
-    blade.send(*request);
-  });
+  std::thread answering([&] { EXPECT_EQ(answerWithItself(blade).at(1), "next"); });
   EXPECT_EQ(channel.receive(nullptr, &reply, 10000), 1);
   answering.join();
   EXPECT_EQ(blade.receive(milliseconds(50)), std::nullopt);
@@ -206,9 +215,7 @@ TEST(UnreachableBlade, ComesUpBeforeTheDeadline_GetsTheCommand) {
   Message reply;
   std::thread blade([&] {
     TestPeer peer = TestPeer::listening(endPoint);
-    const auto request = peer.receive();
-    ASSERT_TRUE(request.has_value());
-    peer.send(*request);
+    answerWithItself(peer);
     peer.receive(milliseconds(200));  // keeps the connection while the reply travels
   });
   EXPECT_EQ(channel.receive(nullptr, &reply, 10000), 5);
@@ -284,7 +291,8 @@ INSTANTIATE_TEST_SUITE_P(Texts, MalformedEndPoint,
                                          "tcp://a\n:1", "tcp://a/b:1", "tcp://127.0.0.1:*",
                                          "tcp://127.0.0.1:1", "tcp://-a:1", "tcp://.a:1",
                                          "tcp://_a:1", "tcp://[::1]:5", "tcp://:5", "tcp://h:1x",
-                                         "tcp://h;g:1"));
+                                         "tcp://h;g:1", "tcp://h*g:1", "tcp://h%1:5", "tcp://h]:5",
+                                         "tcp://h_g:1", "tcp://::1:5", "tcp://h:1:x"));
 
 TEST(ClientEndPoint, IllegalHost_ThrowsNamingItAndLaterSendThrows) {
   AsyncRouterDealerChannel channel("ZEDServiceOrchAGChannel", kRoleClient);

@@ -134,6 +134,25 @@ TEST(XmlAddAttr, NullElement_IsIgnored) {
   converter.xmlAddAttr("a", "1", nullptr);
 }
 
+TEST(XmlSerialize, BlankTextBeforeAChild_IsNoLayout) {
+  for (const char* text : {" ", "\t", "\n", "\r", "\n\t\t", "  \r\n"}) {
+    XMLConverter converter;
+    AgElement* const root = converter.xmlAddRootNode("r", "");
+    converter.xmlAddChildNode("c", "v", converter.xmlAddChildNode("p", text, root));
+    XMLConverter reader;
+    const AgElement* const back = reader.xmlDeserialize(XMLConverter::xmlSerialize(root));
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(back->findChild("p")->text(), text);
+  }
+}
+
+TEST(XmlSerialize, TextBeforeAChild_StandsAsItIs) {
+  XMLConverter converter;
+  AgElement* const root = converter.xmlAddRootNode("r", "");
+  converter.xmlAddChildNode("c", "v", converter.xmlAddChildNode("p", " a ", root));
+  EXPECT_EQ(XMLConverter::xmlSerialize(root), "<r><p> a <c>v</c></p></r>");
+}
+
 TEST(XmlSerialize, MarkupInText_IsEscaped) {
   EXPECT_EQ(written("a<b>&\"c\"'d'"), "<r><c>a&lt;b&gt;&amp;\"c\"'d'</c></r>");
   EXPECT_EQ(readBack("</c></r><x>"), "</c></r><x>");

@@ -210,6 +210,7 @@ TEST(ThreadPool, IdleThreadsBeyondTheMinimum_EndAfterTheIdleTime) {
   gate.open();
   ASSERT_TRUE(clock.waitForWaiters(4));
   clock.advance(milliseconds(9999));
+  ASSERT_TRUE(clock.waitForDeadline(milliseconds(1))) << "the idle time is not ten seconds";
   EXPECT_EQ(pool.threadCount(), 4U);
   clock.advance(milliseconds(1));
   while (pool.threadCount() != 2) {
@@ -335,17 +336,21 @@ TEST(ThreadPool, ManySubmittersWhileItShutsDown_EveryTaskIsFreedOnce) {
   }
 }
 
-// What the gateway's five workers do: they never return, and the process ends all the same.
+/// What the gateway's five workers do.
+void runFiveTasksThatNeverReturn() {
+  auto* const gate = new Gate;
+  auto* const pool = new ThreadPool(5, 10, 5, true);
+  for (int i = 0; i < 5; ++i) {
+    pool->submit(gate->task());
+  }
+  gate->awaitEntered(5);
+}
+
 TEST(ThreadPoolDeathTest, FiveTasksNeverReturn_TheProcessEnds) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
-        auto* const gate = new Gate;
-        auto* const pool = new ThreadPool(5, 10, 5, true);
-        for (int i = 0; i < 5; ++i) {
-          pool->submit(gate->task());
-        }
-        gate->awaitEntered(5);
+        runFiveTasksThatNeverReturn();
         std::_Exit(stopAll(milliseconds(1)) == 5 ? 0 : 1);
       },
       ::testing::ExitedWithCode(0), "");
@@ -355,12 +360,7 @@ TEST(ThreadPoolDeathTest, FiveTasksNeverReturn_OrdinaryExitIsNotHeldUp) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
-        auto* const gate = new Gate;
-        auto* const pool = new ThreadPool(5, 10, 5, true);
-        for (int i = 0; i < 5; ++i) {
-          pool->submit(gate->task());
-        }
-        gate->awaitEntered(5);
+        runFiveTasksThatNeverReturn();
         std::exit(0);
       },
       ::testing::ExitedWithCode(0), "");

@@ -153,14 +153,14 @@ TEST_P(PortTexts, Create_ConnectsToTheLowBitsOfTheNumber) {
       log_.contains(5, std::string("Registered SMAClient for slot 3 at h:") + GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PortTexts,
-                         testing::Values(PortText{"5560", "tcp://h:5560"},
-                                         PortText{"abc", "tcp://h:0"}, PortText{"", "tcp://h:0"},
-                                         PortText{"5560x", "tcp://h:5560"},
-                                         PortText{"70000", "tcp://h:70000"},
-                                         PortText{"-1", "tcp://h:4294967295"},
-                                         PortText{"4294967297", "tcp://h:1"},
-                                         PortText{"99999999999999999999", "tcp://h:4294967295"}));
+INSTANTIATE_TEST_SUITE_P(
+    All, PortTexts,
+    testing::Values(PortText{"5560", "tcp://h:5560"}, PortText{"abc", "tcp://h:0"},
+                    PortText{"", "tcp://h:0"}, PortText{"5560x", "tcp://h:5560"},
+                    PortText{"010", "tcp://h:10"}, PortText{"0x10", "tcp://h:0"},
+                    PortText{" 7", "tcp://h:7"}, PortText{"70000", "tcp://h:70000"},
+                    PortText{"-1", "tcp://h:4294967295"}, PortText{"4294967297", "tcp://h:1"},
+                    PortText{"99999999999999999999", "tcp://h:4294967295"}));
 
 TEST_F(ClientMapTest, NullEntry_CountsAsAbsent) {
   ClientMap["3"] = nullptr;
@@ -183,14 +183,16 @@ TEST_F(ClientMapTest, HostileTexts_AreTextOnly) {
   createSMAClient("%s%n\n", "%d", "%s", true);
   EXPECT_TRUE(is_bladeRegistered("%s%n\n"));
   EXPECT_TRUE(log_.contains(5, "Registered SMAClient for slot %s%n\\x0A at %d:%s"));
-  const std::string megabyte(1024 * 1024, 's');
-  createSMAClient(megabyte, "h", "1", true);
-  EXPECT_TRUE(removeBladeMapEntry(megabyte));
+  const std::string longest(255, 's');
+  createSMAClient(longest, "h", "1", true);
+  EXPECT_TRUE(removeBladeMapEntry(longest));
 }
 
 TEST_F(ClientMapTest, EndPointIsRefused_LeavesNoClientAndNoLock) {
   channels_.onServerEndPoint(test_support::throws(std::runtime_error("no such host")));
   EXPECT_THROW(createSMAClient("3", "garbage host", "1", true), std::runtime_error);
+  EXPECT_THAT(log_.lines(),
+              ElementsAre(LogLine{1, "SMAClient", "Adding SMAClient in map for slot 3"}));
   EXPECT_THAT(ClientMap, IsEmpty());
   EXPECT_EQ(0U, channels_.alive());
   EXPECT_TRUE(lockIsFree());
@@ -258,6 +260,37 @@ TEST_F(ClientMapTest, RegisterAndRemoveRace_TheMapStaysWhole) {
   registrations.join();
   removals.join();
   EXPECT_EQ(ClientMap.size(), channels_.alive());
+}
+
+TEST_F(ClientMapTest, TextsWithoutMeasure_AreNotRegistered) {
+  const std::string longest(255, '7');
+  createSMAClient(longest, "127.0.0.1", "1", true);
+  createSMAClient(longest + "7", "127.0.0.1", "1", true);
+  createSMAClient("3", std::string(256, 'a'), "1", true);
+  createSMAClient("4", "127.0.0.1", std::string(256, '1'), true);
+  EXPECT_THAT(slots(), ElementsAre(longest));
+  EXPECT_EQ(log_.count(6,
+                       "No SMAClient is made: slot, address or port has more than 255 bytes, or "
+                       "there are 1024 names already that no slot has"),
+            3u);
+}
+
+TEST_F(ClientMapTest, NamesThatNoSlotHas_AreBoundedAndTakeNobodysPlace) {
+  for (int i = 0; i < 1500; ++i) {
+    createSMAClient("3odd" + std::to_string(i), "127.0.0.1", "1", true);
+  }
+  EXPECT_EQ(ClientMap.size(), 1024u);
+  for (const char* odd : {"", "0", "03", "+3", "-1", " 3", "16385", "99999999999"}) {
+    createSMAClient(odd, "127.0.0.1", "1", false);
+    EXPECT_FALSE(is_bladeRegistered(odd)) << odd;
+  }
+  for (const char* slot : {"1", "3", "16384"}) {
+    createSMAClient(slot, "127.0.0.1", "1", true);
+    EXPECT_TRUE(getBladeStatus(slot)) << slot;
+  }
+  EXPECT_TRUE(removeBladeMapEntry("3odd7"));
+  createSMAClient("03", "127.0.0.1", "1", true);
+  EXPECT_TRUE(is_bladeRegistered("03"));
 }
 
 }  // namespace

@@ -259,11 +259,15 @@ TEST_F(PendingMap, CallbackHasFoundTheWaiterButNotItsLock_NobodyGetsPastIt) {
     std::this_thread::yield();
   }
   // A withdrawal that came through here could be followed by the end of the waiter.
+  std::atomic<bool> hasBegun = false;
   std::atomic<bool> isThrough = false;
   std::thread third([&] {
+    hasBegun = true;
+    hasBegun.notify_all();
     pending_.knownCookies();
     isThrough = true;
   });
+  hasBegun.wait(false);
   for (int i = 0; i < 10000 && !isThrough; ++i) {
     std::this_thread::yield();
   }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "model/serviceorchapi/Methods.h"
 #include "serviceOrchAG/bridge/ClientMap.h"
@@ -55,6 +56,16 @@ TEST_F(DeRegisterBlade, LevelOne_LogsTheCookieInHexadecimal) {
   LogCapture log(1);
   Svc::executeServiceorchapiDeRegisterBladeCb(me_, 4);
   EXPECT_TRUE(log.contains(1, "executeServiceorchapiDeRegisterBladeCb, cookie: 000fa0ff"));
+}
+
+TEST_F(DeRegisterBlade, RegisteredSlot_IsToldBeforeItIsForgotten) {
+  createSMAClient("3", "127.0.0.1", "9", true);
+  const LogCapture log(1);
+  Svc::executeServiceorchapiDeRegisterBladeCb(me_, 3);
+  const std::vector<test_support::LogLine> lines = log.lines();
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0].text, "executeServiceorchapiDeRegisterBladeCb, cookie: 000fa0ff");
+  EXPECT_EQ(lines[1].text, "deleting smaClient... for slot 3");
 }
 
 TEST_F(DeRegisterBlade, LevelTwo_LogsNothing) {

@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
+#include <future>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "framework/utils/TimeZoneCache.h"
 #include "model/comm/DateTimeMo.h"
 #include "model/sd/SlotMo.h"
 #include "model/serviceorchapi/Methods.h"
@@ -27,8 +31,11 @@ TEST(Install, DeployTypes_HaveTheirTexts) {
   for (const auto& [value, text] : rows) {
     Config target = executorNamed("install").target();
     setOfApp<&sm::AppMo::kDeployType>(target, std::uint8_t{value});
-    EXPECT_NE(sentDocument("install", target).find("<installType>" + text + "</installType>"),
-              std::string::npos);
+    std::string expected = golden("install.xml");
+    const std::string before = "<installType>lxc<";
+    ASSERT_NE(expected.find(before), std::string::npos);
+    expected.replace(expected.find(before), before.size(), "<installType>" + text + '<');
+    EXPECT_EQ(sentDocument("install", target), expected);
   }
 }
 
@@ -67,6 +74,7 @@ TEST(TimeZone, Zones_AreCutAtTheFirstBlank) {
       {"", "UTC0"},
       {" Europe/Berlin", "UTC0"},
       {"UTC", "UTC0"},
+      {"Etc/GMT+5", "&lt;-05&gt;5"},
       {"Asia/Kolkata x y", "IST-5:30"}};
   for (const auto& [zone, posix] : rows) {
     Config target = executorNamed("timeZone").target();
@@ -80,6 +88,7 @@ TEST(TimeZone, Zones_AreCutAtTheFirstBlank) {
 TEST(TimeZone, NoLogLevel_IsRefused) {
   const ScriptedBlades blades;
   const LogCapture log(8);
+  utils::TimeZoneCache::getInstance().setTimeZoneData("UTC");
   serviceorchapi::UpdateTimeZoneMe me;
   std::get<Config>(me.in) = executorNamed("timeZone").target();
   Svc::executeServiceorchapiUpdateTimeZoneCb(me, 0, 0, mo::Dn(), 0, Config(), 7, "");
@@ -87,6 +96,23 @@ TEST(TimeZone, NoLogLevel_IsRefused) {
   EXPECT_EQ(me.failure()->text, "SETTINGUPDATE:: logLevel is missing");
   EXPECT_TRUE(log.contains(8, "SETTINGUPDATE: slot[7]: logLevel : missing"));
   EXPECT_TRUE(blades.sent().empty());
+  // The zone has been taken over by then.
+  EXPECT_EQ(utils::TimeZoneCache::getInstance().getTimeZoneInPosix(), "CET-1CEST,M3.5.0,M10.5.0/3");
+}
+
+TEST(TimeZone, CacheOfAnotherCaller_IsNotChangedUnderIt) {
+  utils::TimeZoneCache& cache = utils::TimeZoneCache::getInstance();
+  cache.setTimeZoneData("UTC");
+  std::future<std::string> document;
+  {
+    const std::lock_guard guard(cache);
+    document = std::async(std::launch::async, [] {
+      return sentDocument("timeZone", executorNamed("timeZone").target());
+    });
+    EXPECT_EQ(document.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    EXPECT_EQ(cache.getTimeZoneInPosix(), "UTC0");
+  }
+  EXPECT_EQ(document.get(), golden("timeZone.xml"));
 }
 
 TEST(ClearApplicationLogData, EmptyIdOrZero_SendsWhatClearsTheSystemsLogs) {

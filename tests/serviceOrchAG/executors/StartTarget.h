@@ -12,6 +12,8 @@ namespace zan_serviceOrchAG {
 method::Config startTarget();
 /// The same of an application with cluster links and an internal management interface.
 method::Config startVdpTarget();
+/// Another one, on slot 12: two links of every type, in no order, and gaps in what it is given.
+method::Config crowdedStartTarget(bool isVdp);
 
 /// Changes every child of a class, or takes them all away.
 void changeChildren(method::Config& config, std::uint32_t classId,
@@ -19,6 +21,7 @@ void changeChildren(method::Config& config, std::uint32_t classId,
 void dropChildren(method::Config& config, std::uint32_t classId);
 
 // Classes of what stands below an instance to be started.
+inline constexpr std::uint32_t kInstance = 0x303;
 inline constexpr std::uint32_t kApp = 0x306;
 inline constexpr std::uint32_t kLdu = 0x308;
 inline constexpr std::uint32_t kExternalLink = 0x309;

@@ -11,9 +11,9 @@
 #include "serviceOrchAG/bridge/Response.h"
 #include "serviceOrchAG/server/MsgHandler.h"
 #include "serviceOrchAG/svc/Svc.h"
+#include "tests/support/ExpectedReply.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingSvc.h"
-#include "tests/support/ReplyDocument.h"
 
 namespace zan_serviceOrchAG {
 namespace {
@@ -22,10 +22,8 @@ using serviceorchapi::NotifyAppFailureMe;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::RecordingSvc;
-using test_support::ReplyDocument;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
 
 class AppFailure : public testing::Test {
  protected:
@@ -37,13 +35,7 @@ class AppFailure : public testing::Test {
 
   static void expectReply(const std::unique_ptr<Response>& response, unsigned code,
                           const std::string& message) {
-    ASSERT_NE(nullptr, response);
-    EXPECT_EQ(code, response->status);
-    const ReplyDocument reply = ReplyDocument::parse(response->body);
-    EXPECT_EQ("appFailureResponse", reply.root);
-    EXPECT_THAT(reply.below, ElementsAre("response"));
-    EXPECT_THAT(reply.response,
-                ElementsAre(Pair("code", std::to_string(code)), Pair("message", message)));
+    test_support::expectReply(response.get(), "appFailureResponse", code, message);
   }
 
   RecordingSvc svc_;

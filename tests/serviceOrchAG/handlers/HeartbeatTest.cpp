@@ -9,9 +9,9 @@
 #include "model/serviceorchapi/Methods.h"
 #include "serviceOrchAG/bridge/Response.h"
 #include "serviceOrchAG/server/MsgHandler.h"
+#include "tests/support/ExpectedReply.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingSvc.h"
-#include "tests/support/ReplyDocument.h"
 
 namespace zan_serviceOrchAG {
 namespace {
@@ -20,9 +20,7 @@ using serviceorchapi::UpdateSmaHeartbeatMe;
 using test_support::LogCapture;
 using test_support::LogLine;
 using test_support::RecordingSvc;
-using test_support::ReplyDocument;
 using testing::ElementsAre;
-using testing::Pair;
 
 class Heartbeat : public testing::Test {
  protected:
@@ -31,12 +29,7 @@ class Heartbeat : public testing::Test {
     log_.clear();
     const std::unique_ptr<Response> response(
         handler_.AG_heartbeatReqCb("id-1", "", document, slot));
-    ASSERT_NE(nullptr, response);
-    EXPECT_EQ(100U, response->status);
-    const ReplyDocument reply = ReplyDocument::parse(response->body);
-    EXPECT_EQ("heartbeatResponse", reply.root);
-    EXPECT_THAT(reply.below, ElementsAre("response"));
-    EXPECT_THAT(reply.response, ElementsAre(Pair("code", "100"), Pair("message", "OK")));
+    test_support::expectReply(response.get(), "heartbeatResponse", 100, "OK");
   }
 
   RecordingSvc svc_;

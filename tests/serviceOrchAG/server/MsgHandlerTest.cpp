@@ -13,6 +13,7 @@
 #include "serviceOrchAG/bridge/ClientMap.h"
 #include "serviceOrchAG/svc/Svc.h"
 #include "tests/support/Configured.h"
+#include "tests/support/ExpectedReply.h"
 #include "tests/support/InstalledMsgHandler.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingSvc.h"
@@ -35,7 +36,6 @@ using test_support::ReplyDocument;
 using test_support::ScriptedChannel;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
 
 const std::string kHeartbeat =
     "<heartbeatRequest><count>7</count><timer>30</timer></heartbeatRequest>";
@@ -59,12 +59,7 @@ class Dispatch : public testing::Test {
 
   static void expectReply(const std::unique_ptr<Response>& response, unsigned code,
                           const std::string& root, const std::string& message) {
-    ASSERT_NE(nullptr, response);
-    EXPECT_EQ(code, response->status);
-    const ReplyDocument reply = ReplyDocument::parse(response->body);
-    EXPECT_EQ(root, reply.root);
-    EXPECT_THAT(reply.response,
-                ElementsAre(Pair("code", std::to_string(code)), Pair("message", message)));
+    test_support::expectReply(response.get(), root, code, message);
   }
 
   ScriptedChannel channels_;

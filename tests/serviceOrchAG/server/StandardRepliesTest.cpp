@@ -7,6 +7,7 @@
 #include "framework/noxxml/XMLConverter.h"
 #include "serviceOrchAG/server/Envelope.h"
 #include "serviceOrchAG/server/MsgHandler.h"
+#include "tests/support/ExpectedReply.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ReplyDocument.h"
 
@@ -53,12 +54,7 @@ TEST(ResponseGenerate, LargestCode_IsWrittenUnsigned) {
 TEST(ErrorResponse, NullResponse_MakesANewOne) {
   LogCapture log;
   const auto response = owned(MsgHandler::errorResponse("register", 508, "went wrong", nullptr));
-  ASSERT_NE(nullptr, response);
-  EXPECT_EQ(508U, response->status);
-  const ReplyDocument reply = ReplyDocument::parse(response->body);
-  EXPECT_EQ("registerResponse", reply.root);
-  EXPECT_THAT(reply.below, ElementsAre("response"));
-  EXPECT_THAT(reply.response, ElementsAre(Pair("code", "508"), Pair("message", "went wrong")));
+  test_support::expectReply(response.get(), "registerResponse", 508, "went wrong");
   EXPECT_THAT(log.lines(), ElementsAre(LogLine{6, "errorResponse", "went wrong"}));
 }
 

@@ -5,7 +5,7 @@
 
 #include "supervisor/admin/AdminClient.h"
 #include "supervisor/admin/Json.h"
-#include "tests/dme/TempDirectory.h"
+#include "tests/dme/support/TempDirectory.h"
 
 namespace supervisor::admin {
 namespace {

@@ -8,7 +8,7 @@
 
 #include <stdexcept>
 
-#include "tests/dme/TempDirectory.h"
+#include "tests/dme/support/TempDirectory.h"
 #include "tests/supervisor/admin/RawClient.h"
 
 namespace supervisor::admin {

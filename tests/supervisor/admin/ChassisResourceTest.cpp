@@ -28,11 +28,13 @@ TEST(ChassisResource, EveryCount_StandsUnderItsName) {
   status.commits.transactions = 14;
   status.commits.commits = 15;
   status.commits.failures = 16;
+  engine.equipment_[std::nullopt] = {"upper", "M8", "C1"};
   const Context context{"1.2.3", &engine, "inproc://dme", true};
   const Response response = getChassis(context, {});
   EXPECT_EQ(response.status, 200u);
   EXPECT_EQ(response.body,
-            "{\"clusterId\":18446744073709551615,\"epoch\":2,\"slots\":3,"
+            "{\"name\":\"upper\",\"model\":\"M8\",\"serial\":\"C1\",\"clusterId\":"
+            "18446744073709551615,\"epoch\":2,\"slots\":3,"
             "\"blades\":{\"watched\":4,\"alive\":5,\"late\":6,\"silent\":7},"
             "\"areActionsHeld\":true,\"alarms\":8,"
             "\"calls\":{\"dropped\":9,\"undecodable\":10,\"unknown\":11,\"refused\":12,"

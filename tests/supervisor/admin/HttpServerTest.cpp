@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "supervisor/admin/AdminSocket.h"
-#include "tests/dme/TempDirectory.h"
+#include "tests/dme/support/TempDirectory.h"
 #include "tests/supervisor/admin/RawClient.h"
 
 namespace supervisor::admin {
@@ -41,7 +41,7 @@ class HttpServerFixture : public testing::Test {
  protected:
   void serve(const HttpLimits& limits = {}) {
     server_.emplace(socket_->duplicate(), limits,
-                    [](const Request& request) { return answer(request); });
+                    [](const Request& request, const Reply& reply) { reply(answer(request)); });
   }
   std::string path() const { return directory_.file("admin.sock"); }
   /// The status that a new client gets: "200" or "503".

@@ -7,6 +7,8 @@
 
 #include "supervisor/admin/Context.h"
 #include "supervisor/admin/Json.h"
+#include "supervisor/admin/Problem.h"
+#include "tests/supervisor/admin/Asking.h"
 #include "tests/supervisor/admin/FakeEngine.h"
 
 namespace supervisor::admin {
@@ -18,27 +20,36 @@ Response echo(const Context& /*context*/, const Request& request) {
   return jsonResponse(json);
 }
 
-Response throwing(const Context& /*context*/, const Request& /*request*/) {
+[[noreturn]] Response throwing(const Context& /*context*/, const Request& /*request*/) {
   throw std::runtime_error("broken\nline");
+}
+
+[[noreturn]] Response refusing(const Context& /*context*/, const Request& /*request*/) {
+  throw ProblemError({418, "teapot", "Short and stout", "a teapot", "ask for tea", 7, "leaf"});
+}
+
+/// Throws for "/late?fail=1", else answers in a step.
+void late(const Context& context, const Request& request, const Reply& reply) {
+  if (request.query.contains("fail")) {
+    throwing(context, request);
+  }
+  reply.post([reply] { reply(jsonResponse("late")); });
 }
 
 const Route kRoutes[] = {
     {"GET", "/things", &echo, {"a", "b"}},       {"POST", "/things", &echo, {}},
     {"GET", "/things/{id}/parts/{part}", &echo}, {"GET", "/throwing", &throwing},
-    {"GET", "/free", &echo, {}, false},
+    {"GET", "/free", &echo, {}, false},          {"GET", "/refusing", &refusing},
+    {"GET", "/late", &late, {"fail"}},
 };
 
 class RouterFixture : public testing::Test {
  protected:
   Response ask(const std::string& method, const std::string& target, const std::string& body = "") {
-    return router_.answer({method, target, {}, {}, "", body});
+    return admin::ask(router_, method, target, body);
   }
   Json problem(const std::string& method, const std::string& target) {
-    const Response response = ask(method, target);
-    EXPECT_EQ(response.contentType, "application/problem+json");
-    Json json = Json::parse(response.body);
-    EXPECT_EQ(json["status"], response.status);
-    return json;
+    return askInVain(router_, method, target);
   }
 
   FakeEngine engine_;
@@ -101,6 +112,17 @@ TEST_F(RouterFixture, HandlerThrows_IsAnInternalProblem) {
   const Json json = problem("GET", "/throwing");
   EXPECT_EQ(json["status"], 500);
   EXPECT_EQ(json["detail"], "broken\nline");
+}
+
+TEST_F(RouterFixture, HandlerThrowsAProblem_IsTheAnswer) {
+  EXPECT_EQ(ask("GET", "/refusing").body,
+            "{\"type\":\"/problems/teapot\",\"title\":\"Short and stout\",\"status\":418,"
+            "\"detail\":\"a teapot\",\"remedy\":\"ask for tea\",\"job\":7,\"field\":\"leaf\"}\n");
+}
+
+TEST_F(RouterFixture, LateHandler_AnswersLater) {
+  EXPECT_EQ(ask("GET", "/late").body, "\"late\"\n");
+  EXPECT_EQ(problem("GET", "/late?fail=1")["type"], "/problems/internal");
 }
 
 TEST_F(RouterFixture, EngineElsewhere_OnlyRoutesWithoutItAreServed) {

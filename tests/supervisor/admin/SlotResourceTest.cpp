@@ -4,13 +4,16 @@
 
 #include "supervisor/admin/Context.h"
 #include "supervisor/admin/Json.h"
+#include "supervisor/admin/Routes.h"
+#include "tests/supervisor/admin/Asking.h"
 #include "tests/supervisor/admin/FakeEngine.h"
 
 namespace supervisor::admin {
 namespace {
 
 constexpr const char* kFresh =
-    "{\"slot\":4,\"name\":\"\",\"state\":\"unknown\",\"isWatched\":false,\"admission\":\"none\","
+    "{\"slot\":4,\"name\":\"\",\"model\":\"\",\"serial\":\"\",\"state\":\"unknown\",\"isWatched\":"
+    "false,\"admission\":\"none\","
     "\"hasToken\":false,\"registrations\":0,"
     "\"running\":{\"version\":\"\",\"image\":\"\",\"bytes\":0},"
     "\"cached\":{\"version\":\"\",\"image\":\"\",\"bytes\":0},"
@@ -46,6 +49,8 @@ TEST_F(SlotResource, AllSlots_AreListedWithoutDetails) {
 TEST_F(SlotResource, BladeThere_ShowsItsStateAndCounts) {
   dme::SlotView& slot = engine_.slots_[0];
   slot.name = "left \xff";
+  slot.model = "b1";
+  slot.serial = "B4";
   slot.state = dme::BladeMonitor::State::kAlive;
   slot.isWatched = true;
   slot.admission = sd::Admission::kForeign;
@@ -65,7 +70,8 @@ TEST_F(SlotResource, BladeThere_ShowsItsStateAndCounts) {
   slot.lastTimer = 9;
   slot.sinceLastBeat = std::chrono::milliseconds(1500);
   EXPECT_EQ(getSlots(context_, {}).body,
-            "{\"slots\":[{\"slot\":4,\"name\":\"left \xEF\xBF\xBD\",\"state\":\"alive\","
+            "{\"slots\":[{\"slot\":4,\"name\":\"left \xEF\xBF\xBD\",\"model\":\"b1\","
+            "\"serial\":\"B4\",\"state\":\"alive\","
             "\"isWatched\":true,\"admission\":\"foreign\",\"hasToken\":true,\"registrations\":2,"
             "\"running\":{\"version\":\"1.2\",\"image\":\"r.img\",\"bytes\":4294967295},"
             "\"cached\":{\"version\":\"1.3\",\"image\":\"c.img\",\"bytes\":3},"
@@ -74,10 +80,12 @@ TEST_F(SlotResource, BladeThere_ShowsItsStateAndCounts) {
 }
 
 TEST_F(SlotResource, UnknownOrNoNumber_IsAProblem) {
-  for (const char* number : {"5", "", "x", "4x", "-4", "+4", " 4", "4294967300", "0x4"}) {
-    EXPECT_EQ(ask(number).status, 404u) << number;
+  const Router router(routes(), context_);
+  for (const char* number : {"5", "x", "4x", "-4", "+4", "%204", "4294967300", "0x4"}) {
+    EXPECT_EQ(admin::ask(router, "GET", std::string("/api/v1/slots/") + number).status, 404u)
+        << number;
   }
-  EXPECT_EQ(ask("5").body,
+  EXPECT_EQ(admin::ask(router, "GET", "/api/v1/slots/5").body,
             "{\"type\":\"/problems/unknown-slot\",\"title\":\"There is no slot of this number\","
             "\"status\":404,\"detail\":\"no slot has the number '5'\","
             "\"remedy\":\"see the slots at /api/v1/slots\"}\n");
