@@ -22,7 +22,7 @@ using supervisor::admin::Problem;
 
 void checkProblem(const Problem& problem, const std::string& text) {
   check(problem.status == 400, "what is wrong with a body is the client's", text);
-  check(problem.kind == "bad-body" || !problem.field.empty(), "a wrong value is named", text);
+  check(problem.kind == "bad-body" || problem.field.has_value(), "a wrong value is named", text);
   const Json json = Json::parse(supervisor::admin::toResponse(problem).body, nullptr, false);
   check(json.is_object() && !json.value("detail", "").empty() && !json.value("remedy", "").empty(),
         "a problem says what is wrong and what to do", text);

@@ -13,8 +13,8 @@ Response toResponse(const Problem& problem) {
   if (problem.job != 0) {
     json["job"] = problem.job;
   }
-  if (!problem.field.empty()) {
-    json["field"] = problem.field;
+  if (problem.field) {
+    json["field"] = *problem.field;
   }
   Response response = jsonResponse(json, problem.status);
   response.contentType = "application/problem+json";

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -17,8 +18,9 @@ struct Problem {
   std::string title;   ///< the same for all problems of the kind
   std::string detail;  ///< about this one
   std::string remedy;
-  std::uint64_t job = 0;   ///< the job that it is about; 0 for none
-  std::string field = {};  ///< the value that it is about, e.g. "ldu.links[0].vlan"; empty for none
+  std::uint64_t job = 0;  ///< the job that it is about; 0 for none
+  /// The value that it is about, e.g. "ldu.links[0].vlan"; a member's name may be empty.
+  std::optional<std::string> field = {};
 };
 
 Response toResponse(const Problem& problem);

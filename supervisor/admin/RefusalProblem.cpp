@@ -38,8 +38,12 @@ Kind kindOf(dme::Refusal::Reason reason) {
 
 Problem toProblem(const dme::Refusal& refusal) {
   const Kind kind = kindOf(refusal.reason);
-  return {kind.status,    kind.name,   kind.title,   refusal.detail,
-          refusal.remedy, refusal.job, refusal.field};
+  Problem problem{kind.status,   kind.name,      kind.title,
+                  refusal.detail, refusal.remedy, refusal.job};
+  if (!refusal.field.empty()) {
+    problem.field = refusal.field;
+  }
+  return problem;
 }
 
 }  // namespace supervisor::admin

@@ -29,7 +29,7 @@ std::string complaint(const std::string& body) {
   } catch (const ProblemError& error) {
     const Problem& problem = error.problem();
     EXPECT_EQ(problem.status, 400u);
-    return problem.kind + " " + problem.field + " (" + problem.remedy + ")";
+    return problem.kind + " " + problem.field.value_or("(none)") + " (" + problem.remedy + ")";
   }
   return "none";
 }

@@ -18,7 +18,8 @@ std::string complaint(const Json& json, const std::function<void(Fields&)>& read
   } catch (const ProblemError& error) {
     const Problem& problem = error.problem();
     EXPECT_EQ(problem.status, 400u);
-    return problem.kind + " " + problem.field + ": " + problem.detail + " (" + problem.remedy + ")";
+    return problem.kind + " " + problem.field.value_or("(none)") + ": " + problem.detail + " (" +
+           problem.remedy + ")";
   }
   return "";
 }
@@ -58,6 +59,8 @@ TEST(Fields, UnknownMember_IsNamedWithItsPath) {
             "vlan)");
   EXPECT_EQ(complaint(Json::parse(R"({"a":1})"), [](Fields&) {}),
             "unknown-field a: 'a' is not known (send an empty object or no body)");
+  EXPECT_EQ(complaint(Json::parse(R"({"":1})"), [](Fields&) {}),
+            "unknown-field : '' is not known (send an empty object or no body)");
 }
 
 TEST(Fields, WrongValue_IsNamedWithWhatIsWanted) {

@@ -28,6 +28,7 @@ TEST(RefusalProblem, EveryReason_HasItsKind) {
     EXPECT_EQ(problem.job, 7u);
     EXPECT_EQ(problem.field, "name");
   }
+  EXPECT_FALSE(toProblem({Reason::kBadValue, "what", "do", 7, ""}).field);
 }
 
 TEST(RefusalProblem, AnswerOf_TakesWhatWasGranted) {
