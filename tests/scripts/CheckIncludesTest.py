@@ -113,9 +113,12 @@ class CheckIncludesTest(unittest.TestCase):
         self.tree(dme__Engine_h=header(), dme__jobs__JobTable_h=header(),
                   dme__store__ObjectStore_h=header('"dme/jobs/JobTable.h"'),
                   dme__apps__AppCatalog_h=header('"dme/Engine.h"'),
-                  dme__link__MethodServer_h=header('"dme/jobs/JobTable.h"'))
+                  dme__link__MethodServer_h=header('"dme/jobs/JobTable.h"'),
+                  dme__jobs__JobChecks_h=header('"dme/running/JobRunner.h"'),
+                  dme__running__JobRunner_h=header('"dme/jobs/JobTable.h"'))
         self.assert_broken(
             "dme/apps/AppCatalog.h:3: dme/apps must not include dme/Engine.h",
+            "dme/jobs/JobChecks.h:3: dme/jobs must not include dme/running/JobRunner.h",
             "dme/link/MethodServer.h:3: dme/link must not include dme/jobs/JobTable.h",
             "dme/store/ObjectStore.h:3: dme/store must not include dme/jobs/JobTable.h")
 

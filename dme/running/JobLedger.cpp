@@ -1,4 +1,4 @@
-#include "dme/jobs/JobLedger.h"
+#include "dme/running/JobLedger.h"
 
 #include <chrono>
 

@@ -1,4 +1,4 @@
-#include "dme/jobs/Jobs.h"
+#include "dme/running/Jobs.h"
 
 #include <algorithm>
 #include <utility>

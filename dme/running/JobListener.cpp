@@ -1,4 +1,4 @@
-#include "dme/jobs/JobListener.h"
+#include "dme/running/JobListener.h"
 
 #include <algorithm>
 #include <optional>

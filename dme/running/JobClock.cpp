@@ -1,4 +1,4 @@
-#include "dme/jobs/JobClock.h"
+#include "dme/running/JobClock.h"
 
 #include <algorithm>
 #include <chrono>

@@ -9,8 +9,8 @@
 #include <string>
 #include <utility>
 
-#include "dme/jobs/Jobs.h"
 #include "dme/link/MethodServer.h"
+#include "dme/running/Jobs.h"
 #include "model/serviceorchapi/Methods.h"
 #include "tests/dme/support/Orders.h"
 #include "tests/dme/support/ServiceStandIn.h"

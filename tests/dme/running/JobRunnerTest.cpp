@@ -1,11 +1,11 @@
-#include "dme/jobs/JobRunner.h"
+#include "dme/running/JobRunner.h"
 
 #include <gtest/gtest.h>
 
 #include "model/sd/SlotMo.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/zan_dme/Methods.h"
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 #include "tests/support/LogCapture.h"
 
 // Jobs from the order to their end, with a gateway that does what each test says.

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "dme/base/Refusal.h"
-#include "dme/jobs/Errands.h"
 #include "dme/jobs/JobBoard.h"
-#include "dme/jobs/JobClock.h"
 #include "dme/jobs/JobTable.h"
+#include "dme/running/Errands.h"
+#include "dme/running/JobClock.h"
 #include "dme/store/ObjectStore.h"
 
 namespace dme {

@@ -1,4 +1,4 @@
-#include "dme/jobs/JobTurns.h"
+#include "dme/running/JobTurns.h"
 
 #include <algorithm>
 #include <string>

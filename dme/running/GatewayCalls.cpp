@@ -1,4 +1,4 @@
-#include "dme/jobs/GatewayCalls.h"
+#include "dme/running/GatewayCalls.h"
 
 #include <utility>
 

@@ -4,12 +4,12 @@
 #include <cstdint>
 
 #include "dme/apps/AppCatalog.h"
-#include "dme/jobs/GatewayCalls.h"
-#include "dme/jobs/JobLedger.h"
-#include "dme/jobs/JobRunner.h"
 #include "dme/reports/AppInstances.h"
 #include "dme/reports/BladeEvents.h"
 #include "dme/reports/Operations.h"
+#include "dme/running/GatewayCalls.h"
+#include "dme/running/JobLedger.h"
+#include "dme/running/JobRunner.h"
 
 namespace dme {
 

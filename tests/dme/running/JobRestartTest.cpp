@@ -6,7 +6,7 @@
 
 #include "dme/store/ObjectStore.h"
 #include "model/sd/JobMo.h"
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 
 // What is on the disk when, what a restart makes of it, and what reports tell of unknown ends.
 

@@ -1,4 +1,4 @@
-#include "dme/jobs/JobTurns.h"
+#include "dme/running/JobTurns.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include "model/sd/SlotMo.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/zan_dme/Methods.h"
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 
 // Which commands go to the gateway, in which order, and what the others wait for.
 

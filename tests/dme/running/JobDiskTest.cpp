@@ -5,7 +5,7 @@
 #include <memory>
 #include <thread>
 
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 #include "tests/dme/support/DiskFaults.h"
 #include "tests/support/LogCapture.h"
 

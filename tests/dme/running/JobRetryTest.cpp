@@ -1,8 +1,8 @@
-#include "dme/jobs/JobTurns.h"
+#include "dme/running/JobTurns.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 
 // Commands that the gateway could not deliver, and when they are tried again.
 

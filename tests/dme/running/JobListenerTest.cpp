@@ -1,4 +1,4 @@
-#include "dme/jobs/JobListener.h"
+#include "dme/running/JobListener.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include "model/sd/SlotMo.h"
 #include "model/serviceorchapi/Methods.h"
 #include "model/zan_dme/Methods.h"
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 
 // What the gateway answers and blades report, and what becomes of the job.
 

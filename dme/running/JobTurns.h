@@ -7,9 +7,9 @@
 #include <set>
 
 #include "dme/chassis/Chassis.h"
-#include "dme/jobs/GatewayCalls.h"
 #include "dme/jobs/JobNote.h"
 #include "dme/jobs/JobTable.h"
+#include "dme/running/GatewayCalls.h"
 #include "framework/os/Clock.h"
 #include "model/sd/SlotMo.h"
 

@@ -1,8 +1,8 @@
-#include "dme/jobs/Jobs.h"
+#include "dme/running/Jobs.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/dme/jobs/JobFixture.h"
+#include "tests/dme/running/JobFixture.h"
 
 // What operators give up, and what one order brings to many blades.
 

@@ -13,12 +13,12 @@
 #include "dme/chassis/Chassis.h"
 #include "dme/chassis/Equipment.h"
 #include "dme/chassis/TimeSetting.h"
-#include "dme/jobs/GatewayCalls.h"
 #include "dme/jobs/JobChecks.h"
-#include "dme/jobs/JobClock.h"
-#include "dme/jobs/JobLedger.h"
-#include "dme/jobs/JobListener.h"
-#include "dme/jobs/JobRunner.h"
+#include "dme/running/GatewayCalls.h"
+#include "dme/running/JobClock.h"
+#include "dme/running/JobLedger.h"
+#include "dme/running/JobListener.h"
+#include "dme/running/JobRunner.h"
 #include "dme/store/ObjectStore.h"
 
 namespace dme {

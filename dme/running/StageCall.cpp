@@ -1,4 +1,4 @@
-#include "dme/jobs/StageCall.h"
+#include "dme/running/StageCall.h"
 
 #include <algorithm>
 #include <string>

@@ -1,4 +1,4 @@
-#include "dme/jobs/JobTimers.h"
+#include "dme/running/JobTimers.h"
 
 #include <gtest/gtest.h>
 

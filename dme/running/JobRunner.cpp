@@ -1,4 +1,4 @@
-#include "dme/jobs/JobRunner.h"
+#include "dme/running/JobRunner.h"
 
 #include <string>
 #include <utility>
