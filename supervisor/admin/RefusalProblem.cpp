@@ -38,8 +38,7 @@ Kind kindOf(dme::Refusal::Reason reason) {
 
 Problem toProblem(const dme::Refusal& refusal) {
   const Kind kind = kindOf(refusal.reason);
-  Problem problem{kind.status,   kind.name,      kind.title,
-                  refusal.detail, refusal.remedy, refusal.job};
+  Problem problem{kind.status, kind.name, kind.title, refusal.detail, refusal.remedy, refusal.job};
   if (!refusal.field.empty()) {
     problem.field = refusal.field;
   }
