@@ -8,8 +8,30 @@
 namespace supervisor::admin {
 namespace {
 
-/// A value is quoted up to this length.
+/// A value is quoted up to this length in bytes.
 constexpr std::size_t kMostQuoted = 80;
+
+/// The bytes that a character, or the escape that stands for one, has in JSON, by its first two.
+std::size_t lengthOf(unsigned char first, char second) {
+  if (first == '\\') {
+    return second == 'u' ? 6 : 2;
+  }
+  return first < 0xc0 ? 1 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+}
+
+/// Cuts what is too long, between two characters.
+std::string shortened(const std::string& json) {
+  if (json.size() <= kMostQuoted) {
+    return json;
+  }
+  std::size_t end = 0;
+  std::size_t next = 0;
+  while (next <= kMostQuoted) {
+    end = next;
+    next += lengthOf(static_cast<unsigned char>(json[end]), json[end + 1]);
+  }
+  return json.substr(0, end) + "...";
+}
 
 std::string quoted(const Json& value) {
   if (value.is_object()) {
@@ -18,12 +40,7 @@ std::string quoted(const Json& value) {
   if (value.is_array()) {
     return "a list";
   }
-  std::string text = render(value);
-  if (text.size() > kMostQuoted) {
-    text.resize(kMostQuoted);
-    text += "...";
-  }
-  return text;
+  return shortened(render(value));
 }
 
 bool isPrintable(const std::string& text) {

@@ -114,6 +114,35 @@ TEST(Fields, WrongValue_IsNamedWithWhatIsWanted) {
             "bad-value a[0]: 'a[0]' is 1 (give an object)");
 }
 
+TEST(Fields, LongValue_IsQuotedToTheEndOfACharacter) {
+  const auto quoted = [](const std::string& text) {
+    return complaint(Json{{"a", text}}, [](Fields& fields) { fields.number("a", 0, 9); });
+  };
+  const auto cut = [](const std::string& text) {
+    return "bad-value a: 'a' is \"" + text + "... (give a whole number from 0 to 9)";
+  };
+  const std::string euro = "\xe2\x82\xac";  // one character
+  const std::string tail(20, 'x');
+  // Behind the quotation mark there is room for 79 bytes.
+  const struct {
+    std::size_t plain;
+    std::string last;
+    std::string shown;
+  } rows[] = {
+      {76, euro, euro},  {77, euro, ""},     {78, euro, ""},          {79, euro, ""},
+      {77, "\n", "\\n"}, {78, "\n", ""},     {73, "\x01", "\\u0001"}, {74, "\x01", ""},
+      {78, "\x01", ""},  {77, "\\", "\\\\"}, {78, "\\", ""},
+  };
+  for (const auto& row : rows) {
+    const std::string plain(row.plain, 'x');
+    EXPECT_EQ(quoted(plain + row.last + tail), cut(plain + row.shown)) << row.plain << row.last;
+  }
+  // A value that just fits is whole.
+  const std::string whole = std::string(75, 'x') + euro;
+  EXPECT_EQ(quoted(whole),
+            "bad-value a: 'a' is \"" + whole + "\" (give a whole number from 0 to 9)");
+}
+
 TEST(Fields, Flag_IsTrueOrFalse) {
   EXPECT_TRUE(flagIn(Json(true), "x"));
   EXPECT_FALSE(flagIn(Json(false), "x"));
