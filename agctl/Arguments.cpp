@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "agctl/Offer.h"
-#include "sma/SlotRange.h"
+#include "sma/base/SlotRange.h"
 
 namespace agctl {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sma/BladeAgent.h"
+#include "sma/agent/BladeAgent.h"
 
 namespace sma {
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "sma/BladeJson.h"
-#include "sma/ScenarioReader.h"
+#include "sma/scenario/ScenarioReader.h"
 
 namespace sma {
 namespace {

@@ -4,7 +4,7 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "sma/Listening.h"
+#include "sma/base/Listening.h"
 
 namespace sma {
 namespace {

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "framework/msglyr/DealerSet.h"
-#include "sma/BladeAgent.h"
-#include "sma/Scenario.h"
 #include "sma/StateFile.h"
+#include "sma/agent/BladeAgent.h"
+#include "sma/scenario/Scenario.h"
 
 namespace sma {
 

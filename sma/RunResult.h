@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "sma/BladeAgent.h"
+#include "sma/agent/BladeAgent.h"
 
 namespace sma {
 

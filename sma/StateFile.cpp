@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "sma/ScenarioReader.h"
+#include "sma/scenario/ScenarioReader.h"
 
 namespace sma {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "framework/msglyr/FileDescriptor.h"
-#include "sma/Memory.h"
+#include "sma/platform/Memory.h"
 
 namespace sma {
 

@@ -10,13 +10,13 @@
 
 #include "sma/Control.h"
 #include "sma/Fleet.h"
-#include "sma/LineServer.h"
-#include "sma/Listening.h"
-#include "sma/OddRequest.h"
-#include "sma/Requests.h"
 #include "sma/RunResult.h"
-#include "sma/Scenario.h"
-#include "sma/SlotRange.h"
+#include "sma/base/LineServer.h"
+#include "sma/base/Listening.h"
+#include "sma/base/SlotRange.h"
+#include "sma/messages/OddRequest.h"
+#include "sma/messages/Requests.h"
+#include "sma/scenario/Scenario.h"
 
 namespace {
 

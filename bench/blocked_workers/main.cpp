@@ -15,7 +15,7 @@
 #include "bench/load/Load.h"
 #include "bench/load/Statistics.h"
 #include "framework/msglyr/DealerSet.h"
-#include "sma/Requests.h"
+#include "sma/messages/Requests.h"
 
 namespace blocked_workers {
 namespace {

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "sma/Fleet.h"
-#include "sma/Requests.h"
+#include "sma/messages/Requests.h"
 
 namespace load {
 namespace {

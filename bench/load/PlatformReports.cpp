@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <utility>
 
-#include "sma/Platform.h"
-#include "sma/ReportDocuments.h"
-#include "sma/Requests.h"
+#include "sma/messages/ReportDocuments.h"
+#include "sma/messages/Requests.h"
+#include "sma/platform/Platform.h"
 
 namespace load {
 namespace {

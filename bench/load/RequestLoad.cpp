@@ -2,7 +2,7 @@
 
 #include "bench/load/Load.h"
 #include "framework/msglyr/DealerSet.h"
-#include "sma/Requests.h"
+#include "sma/messages/Requests.h"
 
 namespace load {
 namespace {

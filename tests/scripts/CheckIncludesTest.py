@@ -61,7 +61,9 @@ class CheckIncludesTest(unittest.TestCase):
             dme__store__ObjectStore_h=header('"model/sd/SlotMo.h"', "<sqlite3.h>"),
             dme__jobs__JobTable_h=header('"dme/store/ObjectStore.h"', "<tl/expected.hpp>"),
             dme__Engine_h=header('"dme/jobs/JobTable.h"'),
-            sma__Agent_cpp=source('"serviceOrchAG/svc/Vocabulary.h"', "<nlohmann/json.hpp>"),
+            sma__messages__Requests_h=header('"serviceOrchAG/svc/Vocabulary.h"'),
+            sma__agent__BladeAgent_h=header('"sma/messages/Requests.h"'),
+            sma__Fleet_cpp=source('"sma/agent/BladeAgent.h"', "<nlohmann/json.hpp>"),
             supervisor__http__Server_cpp=source('"dme/store/ObjectStore.h"',
                                                    "<boost/beast.hpp>"),
             tests__dme__store__ObjectStoreTest_cpp=source('"dme/store/ObjectStore.h"',
@@ -122,13 +124,22 @@ class CheckIncludesTest(unittest.TestCase):
             "dme/link/MethodServer.h:3: dme/link must not include dme/jobs/JobTable.h",
             "dme/store/ObjectStore.h:3: dme/store must not include dme/jobs/JobTable.h")
 
+    def test_back_edge_between_rooms_of_the_simulator_is_found(self):
+        self.tree(sma__Fleet_h=header(), sma__scenario__Scenario_h=header(),
+                  sma__agent__BladeAgent_h=header('"sma/scenario/Scenario.h"'),
+                  sma__base__Random_h=header('"sma/Fleet.h"'))
+        self.assert_broken(
+            "sma/agent/BladeAgent.h:3: sma/agent must not include sma/scenario/Scenario.h",
+            "sma/base/Random.h:3: sma/base must not include sma/Fleet.h")
+
     def test_library_of_one_room_is_refused_in_another(self):
         self.tree(dme__jobs__JobTable_cpp=source("<sqlite3.h>"))
         self.assert_broken("dme/jobs/JobTable.cpp:1: dme/jobs must not use SQLite")
 
-    def test_new_room_of_the_engine_wants_a_place(self):
-        self.tree(dme__attic__Old_h=header())
-        self.assert_broken("dme/attic/Old.h:1: this folder stands in no layer")
+    def test_new_room_wants_a_place(self):
+        self.tree(dme__attic__Old_h=header(), sma__attic__Old_h=header())
+        self.assert_broken("dme/attic/Old.h:1: this folder stands in no layer",
+                           "sma/attic/Old.h:1: this folder stands in no layer")
 
     def test_folder_outside_the_table_is_found(self):
         self.tree(framework__helpers__Strings_h=header(), main_cpp=source("<string>"),

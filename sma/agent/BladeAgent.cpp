@@ -1,0 +1,471 @@
+#include "sma/agent/BladeAgent.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "serviceOrchAG/svc/Vocabulary.h"
+#include "sma/base/Overloaded.h"
+#include "sma/messages/Requests.h"
+
+namespace sma {
+namespace {
+
+using zan_serviceOrchAG::words;
+
+constexpr unsigned kStatusOk = 100;
+constexpr unsigned kStatusRegisterAgain = 510;
+constexpr unsigned kStatusNotRecognised = 511;
+/// Of one blade; what goes wrong a thousand times is clear from the first few.
+constexpr std::size_t kMostDisappointments = 20;
+
+BladeAgent::Settings ordered(BladeAgent::Settings settings) {
+  std::stable_sort(settings.events.begin(), settings.events.end(),
+                   [](const Event& a, const Event& b) { return a.at < b.at; });
+  return settings;
+}
+
+const std::string& commandOf(RequestKind kind) {
+  switch (kind) {
+    case RequestKind::Report:
+      return words().platformInfoUpdateKey;
+    case RequestKind::Failure:
+      return words().appFailureKey;
+    default:
+      return words().commandProgressUpdateKey;
+  }
+}
+
+std::string secondsText(BladeAgent::Duration time) {
+  std::string text = std::to_string(static_cast<double>(time.count()) / 1000);
+  text.erase(text.find_last_not_of('0') + 1);
+  return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
+}
+
+}  // namespace
+
+const char* stateName(BladeAgent::State state) {
+  switch (state) {
+    case BladeAgent::State::Unregistered:
+      return "unregistered";
+    case BladeAgent::State::Registered:
+      return "registered";
+    case BladeAgent::State::Refused:
+      return "refused";
+  }
+  return "unknown";
+}
+
+BladeAgent::BladeAgent(Settings settings, TimePoint start)
+    : settings_(ordered(std::move(settings))),
+      backoff_(settings_.firstPause, settings_.mostPause, settings_.seed),
+      platform_(settings_.seed, settings_.slot, settings_.apps),
+      start_(start),
+      reporter_(settings_.reports, platform_, start),
+      desk_(settings_.commands, platform_, reporter_, settings_.journal),
+      token_(settings_.token),
+      nextSend_(start),
+      silentUntil_(start),
+      duplicateUntil_(start),
+      judged_(settings_.events.size()) {
+  for (const AppChange& change : settings_.appChanges) {
+    platform_.change(change);
+  }
+  reporter_.onEnd([this](const Operation& operation, TimePoint now) {
+    if (operation.plan().succeeds) {
+      onWorkEnd(operation, now);
+    }
+  });
+}
+
+// --- what it does not forget
+
+void BladeAgent::note(const Memory& memory) {
+  if (settings_.journal) {
+    settings_.journal(memory);
+  }
+  recall(memory);
+}
+
+void BladeAgent::recall(const Memory& memory) {
+  std::visit(Overloaded{
+                 [this](const TokenKept& kept) { token_ = kept.token; },
+                 [this](const AppChanged& changed) { platform_.change(changed.change); },
+                 [this](const DiskFormatted& formatted) {
+                   platform_.removeApps();
+                   token_ = formatted.token;
+                 },
+                 [this](const auto& other) { desk_.recall(other); },
+             },
+             memory);
+}
+
+BladeAgent::TimePoint BladeAgent::due() const {
+  TimePoint due = desk_.due();
+  if (!sessionPending_) {
+    due = std::min(due, std::max(nextSend_, silentUntil_));
+  }
+  const bool registered = state_ == State::Registered;
+  due = std::min(due, std::max(reporter_.due(registered), silentUntil_));
+  if (registered && !held_.empty()) {
+    due = TimePoint::min();
+  }
+  if (nextEvent_ < settings_.events.size()) {
+    due = std::min(due, start_ + settings_.events[nextEvent_].at);
+  }
+  for (const Pending& pending : pending_) {
+    due = std::min(due, pending.deadline);
+  }
+  return due;
+}
+
+void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
+  if (const auto lasts = desk_.death(now)) {
+    die(now, *lasts);
+  }
+  expire(now);
+  while (nextEvent_ < settings_.events.size() && start_ + settings_.events[nextEvent_].at <= now) {
+    start(nextEvent_++, now, outbox);
+  }
+  if (maySend(now) && !sessionPending_ && now >= nextSend_) {
+    sendSession(now, outbox);
+  }
+  for (const std::size_t event : std::exchange(held_, {})) {
+    start(event, now, outbox);
+  }
+  if (maySend(now)) {
+    sendReports(now, outbox);
+  }
+}
+
+// --- what happens to the blade
+
+void BladeAgent::start(std::size_t event, TimePoint now, const Outbox& outbox) {
+  std::visit([&](const auto& what) { begin(what, event, now, outbox); },
+             settings_.events[event].what);
+}
+
+void BladeAgent::begin(const ChangeToken& what, std::size_t /*event*/, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  token_ = what.empty ? "" : "foreign-" + std::to_string(settings_.seed);
+  state_ = State::Unregistered;
+  nextSend_ = now;
+}
+
+void BladeAgent::begin(const Silence& what, std::size_t /*event*/, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  silentUntil_ = now + what.lasts;
+}
+
+void BladeAgent::begin(const DuplicateBeats& what, std::size_t /*event*/, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  duplicateUntil_ = now + what.lasts;
+}
+
+void BladeAgent::begin(const SendOdd& what, std::size_t event, TimePoint now,
+                       const Outbox& outbox) {
+  // A register that was sent shows that there is a connection.
+  const bool ready =
+      what.early ? counts_.sent(RequestKind::Register) > 0 : state_ == State::Registered;
+  if (!ready) {
+    held_.push_back(event);
+    return;
+  }
+  const auto time = std::chrono::duration_cast<Duration>(now - start_);
+  for (unsigned i = 0; i < what.times; ++i) {
+    post(RequestKind::Odd, makeOddRequest(*what.request, platform_, time, nextId()),
+         now + oddWait(event), event, outbox);
+  }
+}
+
+void BladeAgent::begin(const SendReport& /*what*/, std::size_t event, TimePoint /*now*/,
+                       const Outbox& /*outbox*/) {
+  reporter_.report(event);
+}
+
+void BladeAgent::begin(const FailApp& what, std::size_t event, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  reporter_.failApp(what.app.in(settings_.slot), what.lasts, now, event);
+}
+
+void BladeAgent::begin(const RunOperation& what, std::size_t event, TimePoint now,
+                       const Outbox& /*outbox*/) {
+  OperationPlan plan = what.plan;
+  plan.app = what.app.in(settings_.slot);
+  reporter_.run(plan, now, event);
+}
+
+// --- sending
+
+bool BladeAgent::post(RequestKind kind, const msglyr::Message& message, TimePoint deadline,
+                      std::size_t event, const Outbox& outbox) {
+  if (!outbox(message)) {
+    ++counts_.unsent;
+    disappoint(event, "could not be sent");
+    if (event != kNoEvent) {
+      ++judged_[event];
+    }
+    return false;
+  }
+  ++counts_.of(kind).sent;
+  pending_.push_back({message[2], kind, deadline, event});
+  return true;
+}
+
+void BladeAgent::sendSession(TimePoint now, const Outbox& outbox) {
+  if (state_ == State::Registered) {
+    sendBeat(now, outbox);
+  } else {
+    sendRegister(now, outbox);
+  }
+}
+
+void BladeAgent::sendRegister(TimePoint now, const Outbox& outbox) {
+  Registration registration;
+  registration.slot = settings_.slot;
+  registration.ip = settings_.ip;
+  registration.port = settings_.port;
+  registration.token = token_;
+  registeredWith_ = token_;
+  registration.osVersion = kPlatformRelease;
+  registration.imageName = "platform-" + registration.osVersion + ".img";
+  registration.imageSize = 412'316'860;
+  const auto request =
+      makeRequest(words().registerKey, nextId(), settings_.slot, registerDocument(registration));
+  sessionPending_ =
+      post(RequestKind::Register, request, now + settings_.registerWait, kNoEvent, outbox);
+  if (!sessionPending_) {
+    nextSend_ = now + backoff_.next();
+  }
+}
+
+void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(settings_.beat);
+  const std::string document =
+      toXml(heartbeatDocument(beatCount_ + 1, static_cast<std::uint32_t>(seconds.count())));
+  const auto& key = words().heartbeatKey;
+  sessionPending_ = post(RequestKind::Beat, makeRequest(key, nextId(), settings_.slot, document),
+                         now + settings_.beatWait, kNoEvent, outbox);
+  if (!sessionPending_) {
+    nextSend_ = now + backoff_.next();
+    return;
+  }
+  ++beatCount_;
+  // From beat to beat, so that the rate does not drift by the time that a reply takes. Beats that
+  // a pause swallowed are not made up for.
+  nextSend_ += settings_.beat;
+  if (nextSend_ < now) {
+    nextSend_ = now + settings_.beat;
+  }
+  if (now < duplicateUntil_) {
+    post(RequestKind::Odd, makeRequest(key, nextId(), settings_.slot, document),
+         now + settings_.oddWait, kNoEvent, outbox);
+  }
+}
+
+void BladeAgent::sendReports(TimePoint now, const Outbox& outbox) {
+  while (auto request = reporter_.next(now, state_ == State::Registered)) {
+    sendReport(*request, now, outbox);
+  }
+}
+
+void BladeAgent::sendReport(const Reporter::Request& request, TimePoint now, const Outbox& outbox) {
+  const std::size_t event = request.event.value_or(kNoEvent);
+  const auto message =
+      makeRequest(commandOf(request.kind), nextId(), settings_.slot, request.document);
+  const auto wait =
+      request.kind == RequestKind::QuietProgress ? oddWait(event) : settings_.reportWait;
+  const bool sent = post(request.kind, message, now + wait, event, outbox);
+  if (!sent && request.kind == RequestKind::Report) {
+    reporter_.onReportEnd();
+  }
+}
+
+// Where no reply is to come, it is not waited for as long as where one is.
+BladeAgent::Duration BladeAgent::oddWait(std::size_t event) const {
+  const bool wanted = event != kNoEvent && settings_.events[event].expected &&
+                      !settings_.events[event].expected->none;
+  return wanted ? settings_.reportWait : settings_.oddWait;
+}
+
+// --- what comes back, or does not
+
+void BladeAgent::expire(TimePoint now) {
+  std::vector<Pending> late;
+  const auto firstLate = std::stable_partition(
+      pending_.begin(), pending_.end(), [now](const Pending& each) { return now < each.deadline; });
+  std::move(firstLate, pending_.end(), std::back_inserter(late));
+  pending_.erase(firstLate, pending_.end());
+  for (const Pending& each : late) {
+    giveUp(each, now);
+  }
+}
+
+void BladeAgent::giveUp(const Pending& pending, TimePoint now) {
+  ++counts_.of(pending.kind).unanswered;
+  if (pending.kind == RequestKind::Register || pending.kind == RequestKind::Beat) {
+    nextSend_ = now + backoff_.next();
+  }
+  end(pending);
+  judge(pending.event, nullptr);
+}
+
+void BladeAgent::end(const Pending& pending) {
+  switch (pending.kind) {
+    case RequestKind::Register:
+    case RequestKind::Beat:
+      sessionPending_ = false;
+      return;
+    case RequestKind::Report:
+      reporter_.onReportEnd();
+      return;
+    default:
+      return;
+  }
+}
+
+void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
+  Reply reply;
+  const bool readable = parseReply(message, reply);
+  const auto found = std::find_if(pending_.begin(), pending_.end(), [&](const Pending& each) {
+    return readable && each.id == reply.messageId;
+  });
+  if (found == pending_.end()) {
+    ++counts_.strays;
+    return;
+  }
+  const Pending pending = std::move(*found);
+  pending_.erase(found);
+  ++counts_.of(pending.kind).statuses[reply.status];
+  lastStatus_ = reply.status;
+  lastMessage_ = reply.message;
+  end(pending);
+  judge(pending.event, &reply);
+  if (pending.kind == RequestKind::Register) {
+    onRegisterReply(reply, now);
+  } else if (pending.kind != RequestKind::Odd) {
+    onRegisteredReply(reply.status, now);
+  }
+}
+
+void BladeAgent::onRegisterReply(const Reply& reply, TimePoint now) {
+  gatewayKey_ = reply.zedPubKey;
+  if (registeredWith_ != token_) {  // the verdict is on a token that the blade no longer holds
+    nextSend_ = now;
+    return;
+  }
+  if (reply.status == kStatusOk) {
+    state_ = State::Registered;
+    if (token_ != reply.token) {
+      note(TokenKept{reply.token});
+    }
+    backoff_.reset();
+    // The first beats of blades that registered together are spread over one interval.
+    nextSend_ = now + settings_.beat * (1 + settings_.seed % 16) / 16;
+    reporter_.start(now);
+    return;
+  }
+  state_ = reply.status == kStatusNotRecognised ? State::Refused : State::Unregistered;
+  nextSend_ = now + backoff_.next();
+}
+
+void BladeAgent::onCommand(const std::string& peer, const msglyr::Message& message, TimePoint now) {
+  if (!isDead(now)) {
+    desk_.take(peer, message, now);
+  }
+}
+
+void BladeAgent::die(TimePoint now, Duration lasts) {
+  for (const Pending& each : std::exchange(pending_, {})) {
+    giveUp(each, now);
+  }
+  reporter_.forget();
+  desk_.forget();
+  backoff_.reset();
+  state_ = State::Unregistered;
+  deadUntil_ = now + lasts;
+  silentUntil_ = std::max(silentUntil_, deadUntil_);
+  nextSend_ = deadUntil_;
+}
+
+// What a command changed shows in the next report, which comes at once. A format of the disk makes
+// it another blade, with the token that came with the command.
+void BladeAgent::onWorkEnd(const Operation& operation, TimePoint now) {
+  if (const auto effect = operation.effect()) {
+    note(AppChanged{*effect});
+  }
+  if (operation.plan().token) {
+    note(DiskFormatted{*operation.plan().token});
+    state_ = State::Unregistered;
+    nextSend_ = now;
+  }
+  if (settings_.reports.every.count() > 0) {
+    reporter_.report(std::nullopt);
+  }
+}
+
+void BladeAgent::onRegisteredReply(unsigned status, TimePoint now) {
+  if (status == kStatusOk) {
+    backoff_.reset();
+    return;
+  }
+  if (state_ != State::Registered) {
+    return;
+  }
+  if (status == kStatusRegisterAgain || status == kStatusNotRecognised) {
+    state_ = status == kStatusRegisterAgain ? State::Unregistered : State::Refused;
+    nextSend_ = now + backoff_.next();
+  }
+}
+
+// --- what was expected
+
+void BladeAgent::judge(std::size_t event, const Reply* reply) {
+  if (event == kNoEvent || !settings_.events[event].expected) {
+    return;
+  }
+  ++judged_[event];
+  const ExpectedReply& expected = *settings_.events[event].expected;
+  if (!expected.isMetBy(reply)) {
+    disappoint(event, "got " + replyText(reply) + ", expected " + expected.text());
+  }
+}
+
+void BladeAgent::disappoint(std::size_t event, const std::string& cause) {
+  const bool expected = event != kNoEvent && settings_.events[event].expected;
+  if (expected && disappointments_.size() < kMostDisappointments) {
+    disappointments_.push_back(eventText(event) + " " + cause);
+  }
+}
+
+std::string BladeAgent::eventText(std::size_t event) const {
+  return std::string(eventName(settings_.events[event].what)) + " at " +
+         secondsText(settings_.events[event].at) + " s";
+}
+
+bool BladeAgent::isJudged() const {
+  for (std::size_t event = 0; event < settings_.events.size(); ++event) {
+    if (settings_.events[event].expected &&
+        judged_[event] < requestsOf(settings_.events[event].what)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::vector<std::string> BladeAgent::disappointments() const {
+  std::vector<std::string> all = disappointments_;
+  for (std::size_t event = 0; event < settings_.events.size(); ++event) {
+    const unsigned due = requestsOf(settings_.events[event].what);
+    if (settings_.events[event].expected && judged_[event] < due) {
+      all.push_back(eventText(event) + " had " + std::to_string(judged_[event]) + " of " +
+                    std::to_string(due) + " replies judged when the run ended");
+    }
+  }
+  return all;
+}
+
+std::string BladeAgent::nextId() {
+  return std::to_string(settings_.slot) + "-" + std::to_string(++sequence_);
+}
+
+}  // namespace sma
