@@ -171,9 +171,10 @@ SMAClient::SMAClient(std::string& slot, std::string& ip, unsigned int port, bool
 }
 
 SMAClient::~SMAClient() {
+  std::optional<CriticalSection::Guard> guard;  // held while an error is told, too
   try {
     logPrintf("~SMAClient", serviceLevel(), 1, "deleting smaClient... for slot %s", slot_.c_str());
-    const CriticalSection::Guard guard(Critical_section_lock);
+    guard.emplace(Critical_section_lock);
     if (is_bladeRegistered(slot_)) {
       logPrintf("~SMAClient", serviceLevel(), 5, "deleting channel for slot %s", slot_.c_str());
       channelHolder_.reset();

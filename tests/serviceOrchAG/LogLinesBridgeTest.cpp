@@ -31,11 +31,19 @@ void registerTwice() {
   createSMAClient("3", "10.9.9.9", "1", false);
 }
 
+void endlessAddress() {
+  const TestGateway gateway;
+  createSMAClient("3", std::string(256, '1'), "5560", true);
+}
+
 constexpr LogRow kRegistry[] = {
     {"createSMAClient", 5, registerTwice, "Registered SMAClient for slot 3 at 10.0.0.3:5560"},
     {"createSMAClient", 1, registerTwice, "SMAClient is already register for slot 3"},
+    {"createSMAClient", 6, endlessAddress,
+     "No SMAClient is made: slot, address or port has more than 255 bytes, or there are 1024 names "
+     "already that no slot has"},
 };
-static_assert(std::size(kRegistry) == 2, "a row for each line of bridge/ClientMap.cpp");
+static_assert(std::size(kRegistry) == 3, "a row for each line of bridge/ClientMap.cpp");
 INSTANTIATE_TEST_SUITE_P(Registry, LogLines, testing::ValuesIn(kRegistry));
 
 // ----- Clients ----------------------------------------------------------------------------------
