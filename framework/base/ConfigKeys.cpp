@@ -67,12 +67,19 @@ bool isInternalIpv4(std::string_view text) {
   });
 }
 
-bool isIpv4AndPort(std::string_view text) {
+// Applications know the gateway's ports; only its address can be chosen.
+bool isInternalWithPort(std::string_view text, std::string_view port) {
   const std::size_t colon = text.find(':');
-  if (colon == std::string_view::npos || !isPlain(text) || !parseIpv4(text.substr(0, colon))) {
-    return false;
-  }
-  return parseWhole<std::uint16_t>(text.substr(colon + 1)).value_or(0) != 0;
+  return colon != std::string_view::npos && text.substr(colon + 1) == port &&
+         isInternalIpv4(text.substr(0, colon));
+}
+
+bool isCommandAddress(std::string_view text) {
+  return isInternalWithPort(text, "5556");
+}
+
+bool isHeartbeatAddress(std::string_view text) {
+  return isInternalWithPort(text, "5559");
 }
 
 bool isEndpoint(std::string_view text) {
@@ -88,7 +95,8 @@ constexpr std::string_view kPlatforms[] = {"standard", "qvm1", "qvm2", "qvm3"};
 
 constexpr std::string_view kText = "a text without control characters";
 constexpr std::string_view kPath = "a path";
-constexpr std::string_view kIpv4AndPort = "an IPv4 address and a port, as in 127.0.0.1:5556";
+constexpr std::string_view kCommandAddress = "an internal IPv4 address with the port 5556";
+constexpr std::string_view kHeartbeatAddress = "an internal IPv4 address with the port 5559";
 
 using V = ConfigValues;
 
@@ -147,14 +155,14 @@ constexpr std::array kKeys = {
               "Largest document that is parsed."},
     ConfigKey{"address.tftp", TextRule{&V::tftpAddress, isInternalIpv4, "an internal IPv4 address"},
               false, "Address from which blades fetch images."},
-    ConfigKey{"address.app_ag", TextRule{&V::appAgAddress, isIpv4AndPort, kIpv4AndPort}, false,
-              "Address of the application gateway that applications are told."},
+    ConfigKey{"address.app_ag", TextRule{&V::appAgAddress, isCommandAddress, kCommandAddress},
+              false, "Address of the application gateway that applications are told."},
     ConfigKey{"address.app_ag_second",
-              TextRule{&V::appAgSecondAddress, isIpv4AndPort, kIpv4AndPort}, false,
-              "The same for applications with an internal management interface."},
+              TextRule{&V::appAgSecondAddress, isCommandAddress, kCommandAddress}, false,
+              "The same for applications with an internal management interface; another one."},
     ConfigKey{"address.app_ag_heartbeat",
-              TextRule{&V::appAgHeartbeatAddress, isIpv4AndPort, kIpv4AndPort}, false,
-              "Address to which applications send their heartbeats."},
+              TextRule{&V::appAgHeartbeatAddress, isHeartbeatAddress, kHeartbeatAddress}, false,
+              "Address to which applications send their heartbeats: that of address.app_ag."},
 };
 
 std::string expectation(const NumberRule& rule) {

@@ -143,6 +143,26 @@ ConfigOutcome applyOverride(ConfigValues& values, std::set<std::string>& given,
   return {};
 }
 
+std::string_view hostOf(std::string_view address) {
+  return address.substr(0, address.find(':'));
+}
+
+/// What values that are right one by one must be together.
+ConfigOutcome checkTogether(const ConfigValues& values) {
+  const std::string_view host = hostOf(values.appAgAddress);
+  if (hostOf(values.appAgHeartbeatAddress) != host) {
+    return tl::unexpected("'address.app_ag_heartbeat' must have the address of 'address.app_ag', " +
+                          quoted(host) + ", not " + quoted(hostOf(values.appAgHeartbeatAddress)));
+  }
+  if (hostOf(values.appAgSecondAddress) == host) {
+    return tl::unexpected(
+        "'address.app_ag_second' must have another address than "
+        "'address.app_ag', not " +
+        quoted(host));
+  }
+  return {};
+}
+
 Loaded valuesOf(std::string_view text, const std::string& name,
                 std::span<const std::string> overrides) {
   ConfigValues values;
@@ -159,6 +179,9 @@ Loaded valuesOf(std::string_view text, const std::string& name,
     if (key.isRequired && !given.contains(std::string(key.name))) {
       return tl::unexpected(name + ": key " + quoted(key.name) + " is missing");
     }
+  }
+  if (const ConfigOutcome outcome = checkTogether(values); !outcome) {
+    return tl::unexpected(name + ": " + outcome.error());
   }
   return values;
 }

@@ -108,9 +108,9 @@ max_elements = 15
 max_bytes = 4096
 [address]
 tftp = "10.1.2.3"
-app_ag = "10.1.2.4:1"
-app_ag_second = "10.1.2.5:65535"
-app_ag_heartbeat = "10.1.2.6:3"
+app_ag = "10.1.2.4:5556"
+app_ag_second = "10.1.2.5:5556"
+app_ag_heartbeat = "10.1.2.4:5559"
 )");
   ASSERT_TRUE(outcome) << outcome.error();
   EXPECT_EQ(config_.getSelfId(), 2);
@@ -136,9 +136,9 @@ app_ag_heartbeat = "10.1.2.6:3"
   EXPECT_EQ(config_.getXmlMaxElements(), 15u);
   EXPECT_EQ(config_.getXmlMaxBytes(), 4096u);
   EXPECT_EQ(config_.getTftpAddress(), "10.1.2.3");
-  EXPECT_EQ(config_.getAppAgAddress(), "10.1.2.4:1");
-  EXPECT_EQ(config_.getAppAgSecondAddress(), "10.1.2.5:65535");
-  EXPECT_EQ(config_.getAppAgHeartbeatAddress(), "10.1.2.6:3");
+  EXPECT_EQ(config_.getAppAgAddress(), "10.1.2.4:5556");
+  EXPECT_EQ(config_.getAppAgSecondAddress(), "10.1.2.5:5556");
+  EXPECT_EQ(config_.getAppAgHeartbeatAddress(), "10.1.2.4:5559");
 }
 
 TEST_F(SvcConfigParamsTest, Platform_SetsOneQuery) {
@@ -273,14 +273,32 @@ TEST_F(SvcConfigParamsTest, TftpAddress_MustBeInternal) {
             "zedd.toml:2: 'address.tftp' must be an internal IPv4 address, not '10.0.0.1\\x00x'");
 }
 
-TEST_F(SvcConfigParamsTest, AppAgAddress_MustHaveAPort) {
-  for (const char* address : {"", "127.0.0.1", "127.0.0.1:", "127.0.0.1:0", "127.0.0.1:65536",
-                              "127.0.0.1:5556x", "127.0.0.1:-1", ":5556", "host:5556"}) {
-    EXPECT_EQ(errorOfLine("address.app_ag = \"" + std::string(address) + "\""),
-              "zedd.toml:2: 'address.app_ag' must be an IPv4 address and a port, as in "
-              "127.0.0.1:5556, not '" +
-                  std::string(address) + "'");
+TEST_F(SvcConfigParamsTest, GatewayAddress_IsInternalWithItsPort) {
+  const struct {
+    const char* key;
+    const char* port;
+  } rows[] = {{"address.app_ag", "5556"},
+              {"address.app_ag_second", "5556"},
+              {"address.app_ag_heartbeat", "5559"}};
+  for (const auto& row : rows) {
+    for (const char* address :
+         {"", "127.0.0.1", "127.0.0.1:", "127.0.0.1:5557", "127.0.0.1:05556", "127.0.0.1:5556x",
+          "127.0.0.1: 5559", "8.8.8.8:5556", "8.8.8.8:5559", ":5556", ":5559", "host:5556"}) {
+      EXPECT_EQ(errorOfLine(std::string(row.key) + " = \"" + address + "\""),
+                "zedd.toml:2: '" + std::string(row.key) +
+                    "' must be an internal IPv4 address with the port " + row.port + ", not '" +
+                    address + "'");
+    }
   }
+}
+
+TEST_F(SvcConfigParamsTest, GatewayAddresses_HeartbeatsGoToTheFirst_TheSecondIsAnother) {
+  EXPECT_EQ(errorOfLine("address.app_ag = \"10.0.0.1:5556\""),
+            "zedd.toml: 'address.app_ag_heartbeat' must have the address of 'address.app_ag', "
+            "'10.0.0.1', not '127.128.254.1'");
+  EXPECT_EQ(errorOfLine("address.app_ag_second = \"127.128.254.1:5556\""),
+            "zedd.toml: 'address.app_ag_second' must have another address than 'address.app_ag', "
+            "not '127.128.254.1'");
 }
 
 TEST_F(SvcConfigParamsTest, NameWithALineEnd_IsRefused) {

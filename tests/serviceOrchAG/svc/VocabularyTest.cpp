@@ -15,11 +15,12 @@ namespace {
 std::string useBothSets() {
   const auto loaded = base::SvcConfigParams::getInstance().loadText(
       "supervisor.state_dir = \"/var/lib/zedd\"\n"
-      "address.app_ag = \"127.128.3.1:5556\"\n");
+      "address.app_ag = \"127.128.3.1:5556\"\n"
+      "address.app_ag_heartbeat = \"127.128.3.1:5559\"\n");
   return (loaded ? words().channelName : loaded.error()) + " " + names().hotfixes.str();
 }
 
-// Built before main(), in whatever order the linker chose. The other addresses keep their defaults.
+// Built before main(), in whatever order the linker chose. The second address keeps its default.
 const std::string kReadBeforeMain = useBothSets();
 
 std::vector<std::string> texts(const std::deque<std::string>& values) {
@@ -107,7 +108,7 @@ TEST(Names, InDefinitionOrder_AreTheHundredAndTwentyFourNames) {
                                              "/tmp/appAG",
                                              "127.128.1.254:5556",
                                              "appAGHeartbeatIPPort",
-                                             "127.128.254.1:5559",
+                                             "127.128.3.1:5559",
                                              "/tmp/appAGHB",
                                              "allocatedVNIC",
                                              "bladeVNIC",
