@@ -297,5 +297,31 @@ TEST_P(RefusedStage, ReportsItsTextAndSendsNothing) {
   EXPECT_EQ(log.lines(), expected);
 }
 
+// Each stage serves the jobs of its own kind alone.
+TEST(JobOfAnotherKind, IsRefused) {
+  const struct {
+    const char* executor;
+    int job;
+    const char* failure;
+  } rows[] = {
+      {"install", 1, "INSTALLAPP:: ServiceOrchAG: Job type is wrong."},
+      {"uninstall", 2, "UNINSTALLAPP:: Job type is wrong."},
+      {"upgrade", 3, "UPGRADEAPP:: Job type is wrong."},
+      {"start", 4, "STARTAPP: Job type is wrong."},
+      {"stop", 5, "STOPAPP:: Job type is wrong."},
+  };
+  for (const auto& row : rows) {
+    const Executor& executor = executorNamed(row.executor);
+    for (int job = 0; job < 256; ++job) {
+      Config target = executor.target();
+      target.set(sd::AppInstanceMo::kJobType.id, Value(static_cast<std::uint8_t>(job)));
+      const ScriptedBlades blades;
+      const Outcome outcome = runExecutor(executor, target);
+      EXPECT_EQ(blades.sent().size(), job == row.job ? 1u : 0u) << row.executor << ' ' << job;
+      EXPECT_EQ(outcome.failure.text, job == row.job ? "" : row.failure) << row.executor << job;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zan_serviceOrchAG

@@ -86,18 +86,21 @@ TEST(TimeZone, Zones_AreCutAtTheFirstBlank) {
 }
 
 TEST(TimeZone, NoLogLevel_IsRefused) {
-  const ScriptedBlades blades;
-  const LogCapture log(8);
-  utils::TimeZoneCache::getInstance().setTimeZoneData("UTC");
-  serviceorchapi::UpdateTimeZoneMe me;
-  std::get<Config>(me.in) = executorNamed("timeZone").target();
-  Svc::executeServiceorchapiUpdateTimeZoneCb(me, 0, 0, mo::Dn(), 0, Config(), 7, "");
-  ASSERT_NE(me.failure(), nullptr);
-  EXPECT_EQ(me.failure()->text, "SETTINGUPDATE:: logLevel is missing");
-  EXPECT_TRUE(log.contains(8, "SETTINGUPDATE: slot[7]: logLevel : missing"));
-  EXPECT_TRUE(blades.sent().empty());
-  // The zone has been taken over by then.
-  EXPECT_EQ(utils::TimeZoneCache::getInstance().getTimeZoneInPosix(), "CET-1CEST,M3.5.0,M10.5.0/3");
+  for (const char* level : {"", "0"}) {
+    const ScriptedBlades blades;
+    const LogCapture log(8);
+    utils::TimeZoneCache& cache = utils::TimeZoneCache::getInstance();
+    cache.setTimeZoneData("UTC");
+    serviceorchapi::UpdateTimeZoneMe me;
+    std::get<Config>(me.in) = executorNamed("timeZone").target();
+    Svc::executeServiceorchapiUpdateTimeZoneCb(me, 0, 0, mo::Dn(), 0, Config(), 7, level);
+    ASSERT_NE(me.failure(), nullptr) << level;
+    EXPECT_EQ(me.failure()->text, "SETTINGUPDATE:: logLevel is missing") << level;
+    EXPECT_TRUE(log.contains(8, "SETTINGUPDATE: slot[7]: logLevel : missing")) << level;
+    EXPECT_TRUE(blades.sent().empty()) << level;
+    // The zone has been taken over by then.
+    EXPECT_EQ(cache.getTimeZoneInPosix(), "CET-1CEST,M3.5.0,M10.5.0/3") << level;
+  }
 }
 
 TEST(TimeZone, CacheOfAnotherCaller_IsNotChangedUnderIt) {
