@@ -8,7 +8,7 @@ namespace zan_serviceOrchAG {
 
 namespace {
 
-using Slot = sd::SlotMo;
+using sd::SlotMo;
 
 constexpr ExecutorNames kNames{"executeZanDmeFsmSdSlotFormatDiskStartDiskFormatCb",
                                "ZanDmeFsmSdSlotFormatDiskStartDiskFormat", "FORMATDISK"};
@@ -37,17 +37,17 @@ void Svc::executeZanDmeFsmSdSlotFormatDiskStartDiskFormatCb(
   if (!frame.enter()) {
     return;
   }
-  const auto* const target = frame.target<Slot>(me.target(), "FORMATDISK: cannot find SlotMo",
-                                                "FORMATDISK:: SlotMo is missing");
+  const auto* const target = frame.target<SlotMo>(me.target(), "FORMATDISK: cannot find SlotMo",
+                                                  "FORMATDISK:: SlotMo is missing");
   if (target == nullptr) {
     return;
   }
   const std::string root = words().formatDiskSubject + "Request";
   frame.log(ExecutorFrame::kTrace, "FORMATDISK: request type: %s", root.c_str());
-  const std::string slot = std::to_string(target->get(Slot::kNumber));
+  const std::string slot = std::to_string(target->get(SlotMo::kNumber));
   frame.log(ExecutorFrame::kTrace, "FORMATDISK: %s = %s ", names().slot.c_str(), slot.c_str());
   CommandDocument document(root);
-  if (createChildNode(names().token, target->get(Slot::kToken), document.root(),
+  if (createChildNode(names().token, target->get(SlotMo::kToken), document.root(),
                       document.converter()) == nullptr) {
     frame.log(ExecutorFrame::kError, "FORMATDISK: %s[%s] : %s : missing", names().slot.c_str(),
               slot.c_str(), names().token.c_str());

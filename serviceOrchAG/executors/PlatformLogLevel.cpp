@@ -10,7 +10,7 @@ namespace zan_serviceOrchAG {
 
 namespace {
 
-using Slot = sd::SlotMo;
+using sd::SlotMo;
 
 constexpr ExecutorNames kNames{"executeZanDmeFsmSdSlotChangePlatformLogLevelSendCommandCb",
                                "ZanDmeFsmSdSlotChangePlatformLogLevelSendCommand",
@@ -51,22 +51,22 @@ void Svc::executeZanDmeFsmSdSlotChangePlatformLogLevelSendCommandCb(
     return;
   }
   const auto* const target =
-      frame.target<Slot>(me.target(), "PLATFORMLOGLEVELSET : cannot find slotMo",
-                         "PLATFORMLOGLEVELSET:: slotMo is missing");
+      frame.target<SlotMo>(me.target(), "PLATFORMLOGLEVELSET : cannot find slotMo",
+                           "PLATFORMLOGLEVELSET:: slotMo is missing");
   if (target == nullptr) {
     return;
   }
-  const std::string slot = std::to_string(target->get(Slot::kNumber));
+  const std::string slot = std::to_string(target->get(SlotMo::kNumber));
   frame.log(ExecutorFrame::kTrace, "PLATFORMLOGLEVELSET: %s = %s ", names().slot.c_str(),
             slot.c_str());
-  if (target->get(Slot::kSlotCommand) != sd::kChangePlatformLogLevel) {
+  if (target->get(SlotMo::kSlotCommand) != sd::kChangePlatformLogLevel) {
     frame.refuse("PLATFORMLOGLEVELSET:: Change platform log command is wrong.");
     return;
   }
   const std::string root = words().platformLogLevelSetName + "Request";
   frame.log(ExecutorFrame::kTrace, "PLATFORMLOGLEVELSET: request type: %s", root.c_str());
   CommandDocument document(root);
-  if (createChildNode(names().logLevel, levelText(target->get(Slot::kPlatformLogLevel)),
+  if (createChildNode(names().logLevel, levelText(target->get(SlotMo::kPlatformLogLevel)),
                       document.root(), document.converter()) == nullptr) {
     frame.log(ExecutorFrame::kError, "PLATFORMLOGLEVELSET: %s[%s]:%s : missing",
               names().slot.c_str(), slot.c_str(), names().logLevel.c_str());
