@@ -42,14 +42,14 @@ Problem problemOf(const beast::error_code& error, const HttpLimits& limits) {
 
 HttpConnection::HttpConnection(Socket socket, const HttpLimits& limits,
                                const HttpServer::Answer& answer, std::shared_ptr<Mailbox> mailbox,
-                               std::shared_ptr<void> place)
+                               Places& places)
     : limits_(limits),
       answer_(answer),
       mailbox_(std::move(mailbox)),
-      place_(std::move(place)),
       stream_(std::move(socket)),
       buffer_(limits.maxHeadBytes + static_cast<std::size_t>(limits.maxBodyBytes)),
-      patience_(stream_.get_executor()) {}
+      patience_(stream_.get_executor()),
+      place_(places, [this] { giveWay(); }) {}
 
 HttpConnection::~HttpConnection() {
   endExchange();
@@ -60,12 +60,17 @@ void HttpConnection::read() {
   parser_->header_limit(limits_.maxHeadBytes);
   parser_->body_limit(limits_.maxBodyBytes);
   stream_.expires_after(limits_.requestWithin);
+  place_.setIdle();
   http::async_read(
       stream_, buffer_, *parser_,
       [self = shared_from_this()](ErrorCode error, std::size_t /*bytes*/) { self->onRead(error); });
 }
 
 void HttpConnection::onRead(ErrorCode error) {
+  place_.setBusy();
+  if (!stream_.socket().is_open()) {
+    return;  // closed meanwhile: a request that came whole in the same moment is not carried out
+  }
   if (!error) {
     serve();
     return;
@@ -189,6 +194,7 @@ void HttpConnection::onWritten(ErrorCode error) {
   stream_.socket().shutdown(Socket::shutdown_send, error);
   buffer_.clear();
   stream_.expires_after(kDrainWithin);
+  place_.setIdle();
   linger();
 }
 
@@ -201,6 +207,10 @@ void HttpConnection::linger() {
                               self->linger();
                             }
                           });
+}
+
+void HttpConnection::giveWay() {
+  stream_.close();  // what is under way on it ends with an error
 }
 
 }  // namespace supervisor::admin

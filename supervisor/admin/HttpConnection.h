@@ -12,6 +12,7 @@
 
 #include "supervisor/admin/HttpServer.h"
 #include "supervisor/admin/Mailbox.h"
+#include "supervisor/admin/Places.h"
 
 namespace supervisor::admin {
 
@@ -21,10 +22,10 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
 
-  /// `limits` and `answer` outlive this. `mailbox` leads to the server's thread. `place` is the
-  /// connection's share of the bound on connections and is given back by its end.
+  /// `limits`, `answer` and `places` outlive this. `mailbox` leads to the server's thread. Takes a
+  /// place and is idle there while it waits for a request or for its client to hang up.
   HttpConnection(Socket socket, const HttpLimits& limits, const HttpServer::Answer& answer,
-                 std::shared_ptr<Mailbox> mailbox, std::shared_ptr<void> place);
+                 std::shared_ptr<Mailbox> mailbox, Places& places);
   ~HttpConnection();
   HttpConnection(const HttpConnection&) = delete;
   HttpConnection& operator=(const HttpConnection&) = delete;
@@ -47,11 +48,11 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   void write(Response response, bool isHead, bool keepAlive);
   void onWritten(ErrorCode error);
   void linger();
+  void giveWay();
 
   const HttpLimits& limits_;
   const HttpServer::Answer& answer_;
   const std::shared_ptr<Mailbox> mailbox_;
-  const std::shared_ptr<void> place_;
   boost::beast::basic_stream<boost::asio::local::stream_protocol> stream_;
   boost::beast::flat_buffer buffer_;
   std::optional<Parser> parser_;               // of the request under way
@@ -59,6 +60,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   boost::asio::steady_timer patience_;         // of exchange_
   HttpResponse response_;                      // while it is written
   std::size_t drained_ = 0;                    // bytes
+  Places::Place place_;
 };
 
 }  // namespace supervisor::admin

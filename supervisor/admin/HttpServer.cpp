@@ -12,6 +12,7 @@
 #include "framework/core_log/Log.h"
 #include "supervisor/admin/HttpConnection.h"
 #include "supervisor/admin/Mailbox.h"
+#include "supervisor/admin/Places.h"
 #include "supervisor/admin/Problem.h"
 
 namespace supervisor::admin {
@@ -24,12 +25,13 @@ using Protocol = asio::local::stream_protocol;
 constexpr std::chrono::milliseconds kAcceptPause{1000};
 
 std::string tooManyConnections(std::size_t bound) {
-  const Response response = toResponse({503, "too-many-connections", "Too many connections",
-                                        std::to_string(bound) + " connections are open",
-                                        "close connections that are not needed, and try again"});
+  const Response response =
+      toResponse({503, "too-many-connections", "Too many connections",
+                  "all of " + std::to_string(bound) + " connections have a request in service",
+                  "try again when one of them is over"});
   return "HTTP/1.1 503 Service Unavailable\r\nContent-Type: " + response.contentType +
-         "\r\nConnection: close\r\nContent-Length: " + std::to_string(response.body.size()) +
-         "\r\n\r\n" + response.body;
+         "\r\nRetry-After: 1\r\nConnection: close\r\nContent-Length: " +
+         std::to_string(response.body.size()) + "\r\n\r\n" + response.body;
 }
 
 }  // namespace
@@ -40,6 +42,7 @@ class HttpServer::Listener {
       : limits_(limits),
         answer_(std::move(answer)),
         refusal_(tooManyConnections(limits.maxConnections)),
+        places_(limits.maxConnections),
         mailbox_(std::make_shared<Mailbox>(context_)),
         acceptor_(context_, Protocol(), listeningSocket),
         pause_(context_) {
@@ -84,7 +87,7 @@ class HttpServer::Listener {
   }
 
   void take(Protocol::socket socket) {
-    if (static_cast<std::size_t>(places_.use_count()) > limits_.maxConnections) {
+    if (!places_.makeRoom()) {
       refuse(socket);
       return;
     }
@@ -102,8 +105,7 @@ class HttpServer::Listener {
   const HttpLimits limits_;
   const Answer answer_;
   const std::string refusal_;
-  /// A share for each connection and one of our own.
-  const std::shared_ptr<void> places_ = std::make_shared<int>();
+  Places places_;
   asio::io_context context_{1};
   const std::shared_ptr<Mailbox> mailbox_;
   Protocol::acceptor acceptor_;

@@ -13,7 +13,9 @@ namespace supervisor::admin {
 
 /// Bounds of what a client can make the server hold and wait for.
 struct HttpLimits {
-  std::size_t maxConnections = 128;  ///< more are answered with 503 and closed
+  /// One more takes the place of the one that has been without a whole request for longest. If all
+  /// have a request in service, it is answered with 503 and closed.
+  std::size_t maxConnections = 128;
   std::uint32_t maxHeadBytes = 8192;
   std::uint64_t maxBodyBytes = 65536;
   /// For a whole request, from the moment the server is ready for it, so that it bounds idle

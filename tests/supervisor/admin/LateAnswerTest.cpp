@@ -201,6 +201,40 @@ TEST_F(LateAnswer, HandlersOwnTime_GoesBeforeTheBound) {
   EXPECT_THAT(client.response(), EndsWith("patient"));
 }
 
+TEST_F(LateAnswer, AllConnectionsInService_NewOnesAreRefusedUntilOneIsIdle) {
+  const HttpLimits limits;
+  serve(limits);
+  std::vector<std::unique_ptr<RawClient>> clients;
+  std::vector<Reply> replies;
+  for (std::size_t i = 0; i < limits.maxConnections; ++i) {
+    clients.push_back(std::make_unique<RawClient>(path()));
+    clients.back()->send(get("/late"));
+    replies.push_back(waiting_.take(1).at(0));
+  }
+  const std::string refusal = RawClient(path()).untilClosed();
+  EXPECT_THAT(refusal, StartsWith("HTTP/1.1 503 Service Unavailable\r\n"));
+  EXPECT_THAT(refusal, HasSubstr("\r\nRetry-After: 1\r\n"));
+  EXPECT_THAT(refusal, HasSubstr("/problems/too-many-connections"));
+  EXPECT_THAT(refusal,
+              HasSubstr("\"detail\":\"all of 128 connections have a request in service\""));
+
+  replies.back()({200, "text/plain", "late", ""});
+  EXPECT_THAT(clients.back()->response(), EndsWith("late"));
+  std::string response;
+  for (const auto end = std::chrono::steady_clock::now() + kLong;
+       !response.ends_with("now") && std::chrono::steady_clock::now() < end;) {
+    RawClient quick(path());
+    quick.send(get("/now"));
+    response = quick.response();
+  }
+  EXPECT_THAT(response, EndsWith("now"));
+  EXPECT_EQ(clients.back()->untilClosed(), "");
+  clients.pop_back();
+  for (const auto& client : clients) {
+    EXPECT_FALSE(client->isClosed());
+  }
+}
+
 TEST_F(LateAnswer, ServerEnds_WaitsEndPromptlyAndLateAnswersDoNoHarm) {
   serve();
   std::vector<std::unique_ptr<RawClient>> clients;
