@@ -15,8 +15,6 @@ using zan_serviceOrchAG::words;
 constexpr unsigned kStatusOk = 100;
 constexpr unsigned kStatusRegisterAgain = 510;
 constexpr unsigned kStatusNotRecognised = 511;
-/// Of one blade; what goes wrong a thousand times is clear from the first few.
-constexpr std::size_t kMostDisappointments = 20;
 
 BladeAgent::Settings ordered(BladeAgent::Settings settings) {
   std::stable_sort(settings.events.begin(), settings.events.end(),
@@ -33,12 +31,6 @@ const std::string& commandOf(RequestKind kind) {
     default:
       return words().commandProgressUpdateKey;
   }
-}
-
-std::string secondsText(BladeAgent::Duration time) {
-  std::string text = std::to_string(static_cast<double>(time.count()) / 1000);
-  text.erase(text.find_last_not_of('0') + 1);
-  return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
 }
 
 }  // namespace
@@ -66,7 +58,7 @@ BladeAgent::BladeAgent(Settings settings, TimePoint start)
       nextSend_(start),
       silentUntil_(start),
       duplicateUntil_(start),
-      judged_(settings_.events.size()) {
+      judge_(settings_.events) {
   for (const AppChange& change : settings_.appChanges) {
     platform_.change(change);
   }
@@ -197,13 +189,10 @@ void BladeAgent::begin(const RunOperation& what, std::size_t event, TimePoint no
 // --- sending
 
 bool BladeAgent::post(RequestKind kind, const msglyr::Message& message, TimePoint deadline,
-                      std::size_t event, const Outbox& outbox) {
+                      EventIndex event, const Outbox& outbox) {
   if (!outbox(message)) {
     ++counts_.unsent;
-    disappoint(event, "could not be sent");
-    if (event != kNoEvent) {
-      ++judged_[event];
-    }
+    judge_.judgeUnsent(event);
     return false;
   }
   ++counts_.of(kind).sent;
@@ -232,7 +221,7 @@ void BladeAgent::sendRegister(TimePoint now, const Outbox& outbox) {
   const auto request =
       makeRequest(words().registerKey, nextId(), settings_.slot, registerDocument(registration));
   sessionPending_ =
-      post(RequestKind::Register, request, now + settings_.registerWait, kNoEvent, outbox);
+      post(RequestKind::Register, request, now + settings_.registerWait, std::nullopt, outbox);
   if (!sessionPending_) {
     nextSend_ = now + backoff_.next();
   }
@@ -244,7 +233,7 @@ void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
       toXml(heartbeatDocument(beatCount_ + 1, static_cast<std::uint32_t>(seconds.count())));
   const auto& key = words().heartbeatKey;
   sessionPending_ = post(RequestKind::Beat, makeRequest(key, nextId(), settings_.slot, document),
-                         now + settings_.beatWait, kNoEvent, outbox);
+                         now + settings_.beatWait, std::nullopt, outbox);
   if (!sessionPending_) {
     nextSend_ = now + backoff_.next();
     return;
@@ -258,7 +247,7 @@ void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
   }
   if (now < duplicateUntil_) {
     post(RequestKind::Odd, makeRequest(key, nextId(), settings_.slot, document),
-         now + settings_.oddWait, kNoEvent, outbox);
+         now + settings_.oddWait, std::nullopt, outbox);
   }
 }
 
@@ -269,22 +258,19 @@ void BladeAgent::sendReports(TimePoint now, const Outbox& outbox) {
 }
 
 void BladeAgent::sendReport(const Reporter::Request& request, TimePoint now, const Outbox& outbox) {
-  const std::size_t event = request.event.value_or(kNoEvent);
   const auto message =
       makeRequest(commandOf(request.kind), nextId(), settings_.slot, request.document);
   const auto wait =
-      request.kind == RequestKind::QuietProgress ? oddWait(event) : settings_.reportWait;
-  const bool sent = post(request.kind, message, now + wait, event, outbox);
+      request.kind == RequestKind::QuietProgress ? oddWait(request.event) : settings_.reportWait;
+  const bool sent = post(request.kind, message, now + wait, request.event, outbox);
   if (!sent && request.kind == RequestKind::Report) {
     reporter_.onReportEnd();
   }
 }
 
 // Where no reply is to come, it is not waited for as long as where one is.
-BladeAgent::Duration BladeAgent::oddWait(std::size_t event) const {
-  const bool wanted = event != kNoEvent && settings_.events[event].expected &&
-                      !settings_.events[event].expected->none;
-  return wanted ? settings_.reportWait : settings_.oddWait;
+BladeAgent::Duration BladeAgent::oddWait(EventIndex event) const {
+  return judge_.wantsReply(event) ? settings_.reportWait : settings_.oddWait;
 }
 
 // --- what comes back, or does not
@@ -306,7 +292,7 @@ void BladeAgent::giveUp(const Pending& pending, TimePoint now) {
     nextSend_ = now + backoff_.next();
   }
   end(pending);
-  judge(pending.event, nullptr);
+  judge_.judge(pending.event, nullptr);
 }
 
 void BladeAgent::end(const Pending& pending) {
@@ -339,7 +325,7 @@ void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
   lastStatus_ = reply.status;
   lastMessage_ = reply.message;
   end(pending);
-  judge(pending.event, &reply);
+  judge_.judge(pending.event, &reply);
   if (pending.kind == RequestKind::Register) {
     onRegisterReply(reply, now);
   } else if (pending.kind != RequestKind::Odd) {
@@ -415,53 +401,6 @@ void BladeAgent::onRegisteredReply(unsigned status, TimePoint now) {
     state_ = status == kStatusRegisterAgain ? State::Unregistered : State::Refused;
     nextSend_ = now + backoff_.next();
   }
-}
-
-// --- what was expected
-
-void BladeAgent::judge(std::size_t event, const Reply* reply) {
-  if (event == kNoEvent || !settings_.events[event].expected) {
-    return;
-  }
-  ++judged_[event];
-  const ExpectedReply& expected = *settings_.events[event].expected;
-  if (!expected.isMetBy(reply)) {
-    disappoint(event, "got " + replyText(reply) + ", expected " + expected.text());
-  }
-}
-
-void BladeAgent::disappoint(std::size_t event, const std::string& cause) {
-  const bool expected = event != kNoEvent && settings_.events[event].expected;
-  if (expected && disappointments_.size() < kMostDisappointments) {
-    disappointments_.push_back(eventText(event) + " " + cause);
-  }
-}
-
-std::string BladeAgent::eventText(std::size_t event) const {
-  return std::string(eventName(settings_.events[event].what)) + " at " +
-         secondsText(settings_.events[event].at) + " s";
-}
-
-bool BladeAgent::isJudged() const {
-  for (std::size_t event = 0; event < settings_.events.size(); ++event) {
-    if (settings_.events[event].expected &&
-        judged_[event] < requestsOf(settings_.events[event].what)) {
-      return false;
-    }
-  }
-  return true;
-}
-
-std::vector<std::string> BladeAgent::disappointments() const {
-  std::vector<std::string> all = disappointments_;
-  for (std::size_t event = 0; event < settings_.events.size(); ++event) {
-    const unsigned due = requestsOf(settings_.events[event].what);
-    if (settings_.events[event].expected && judged_[event] < due) {
-      all.push_back(eventText(event) + " had " + std::to_string(judged_[event]) + " of " +
-                    std::to_string(due) + " replies judged when the run ended");
-    }
-  }
-  return all;
 }
 
 std::string BladeAgent::nextId() {

@@ -3,13 +3,13 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "framework/msglyr/Message.h"
 #include "sma/agent/Event.h"
+#include "sma/agent/ReplyJudge.h"
 #include "sma/base/Backoff.h"
 #include "sma/messages/BladeCounts.h"
 #include "sma/platform/Platform.h"
@@ -94,18 +94,18 @@ class BladeAgent {
   const CommandDesk& desk() const { return desk_; }
   /// A line for each reply so far that was not what its event expected, and for each event whose
   /// replies are still to come.
-  std::vector<std::string> disappointments() const;
+  std::vector<std::string> disappointments() const { return judge_.disappointments(); }
   /// True when every reply that an event expects has been judged.
-  bool isJudged() const;
+  bool isJudged() const { return judge_.isDone(); }
 
  private:
-  static constexpr std::size_t kNoEvent = std::numeric_limits<std::size_t>::max();
+  using EventIndex = ReplyJudge::EventIndex;
 
   struct Pending {
     std::string id;
     RequestKind kind;
     TimePoint deadline;
-    std::size_t event;
+    EventIndex event;
   };
 
   void start(std::size_t event, TimePoint now, const Outbox& outbox);
@@ -118,14 +118,14 @@ class BladeAgent {
   void begin(const RunOperation& what, std::size_t event, TimePoint now, const Outbox& outbox);
 
   bool maySend(TimePoint now) const { return now >= silentUntil_; }
-  bool post(RequestKind kind, const msglyr::Message& message, TimePoint deadline, std::size_t event,
+  bool post(RequestKind kind, const msglyr::Message& message, TimePoint deadline, EventIndex event,
             const Outbox& outbox);
   void sendSession(TimePoint now, const Outbox& outbox);
   void sendRegister(TimePoint now, const Outbox& outbox);
   void sendBeat(TimePoint now, const Outbox& outbox);
   void sendReports(TimePoint now, const Outbox& outbox);
   void sendReport(const Reporter::Request& request, TimePoint now, const Outbox& outbox);
-  Duration oddWait(std::size_t event) const;
+  Duration oddWait(EventIndex event) const;
 
   void expire(TimePoint now);
   void giveUp(const Pending& pending, TimePoint now);
@@ -134,9 +134,6 @@ class BladeAgent {
   void onWorkEnd(const Operation& operation, TimePoint now);
   void note(const Memory& memory);
   void onRegisteredReply(unsigned status, TimePoint now);
-  void judge(std::size_t event, const Reply* reply);
-  void disappoint(std::size_t event, const std::string& cause);
-  std::string eventText(std::size_t event) const;
   std::string nextId();
 
   const Settings settings_;
@@ -162,8 +159,7 @@ class BladeAgent {
   unsigned lastStatus_ = 0;
   std::string lastMessage_;
   BladeCounts counts_;
-  std::vector<unsigned> judged_;  // replies, by event
-  std::vector<std::string> disappointments_;
+  ReplyJudge judge_;
 };
 
 /// "unregistered", "registered" or "refused".
