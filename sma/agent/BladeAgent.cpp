@@ -92,7 +92,7 @@ void BladeAgent::recall(const Memory& memory) {
 }
 
 BladeAgent::TimePoint BladeAgent::due() const {
-  TimePoint due = desk_.due();
+  TimePoint due = std::min(desk_.due(), outstanding_.due());
   if (!sessionPending_) {
     due = std::min(due, std::max(nextSend_, silentUntil_));
   }
@@ -104,9 +104,6 @@ BladeAgent::TimePoint BladeAgent::due() const {
   if (nextEvent_ < settings_.events.size()) {
     due = std::min(due, start_ + settings_.events[nextEvent_].at);
   }
-  for (const Pending& pending : pending_) {
-    due = std::min(due, pending.deadline);
-  }
   return due;
 }
 
@@ -114,7 +111,9 @@ void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
   if (const auto lasts = desk_.death(now)) {
     die(now, *lasts);
   }
-  expire(now);
+  for (const Outstanding::Request& late : outstanding_.takeLate(now)) {
+    giveUp(late, now);
+  }
   while (nextEvent_ < settings_.events.size() && start_ + settings_.events[nextEvent_].at <= now) {
     start(nextEvent_++, now, outbox);
   }
@@ -157,7 +156,7 @@ void BladeAgent::begin(const SendOdd& what, std::size_t event, TimePoint now,
                        const Outbox& outbox) {
   // A register that was sent shows that there is a connection.
   const bool ready =
-      what.early ? counts_.sent(RequestKind::Register) > 0 : state_ == State::Registered;
+      what.early ? counts().sent(RequestKind::Register) > 0 : state_ == State::Registered;
   if (!ready) {
     held_.push_back(event);
     return;
@@ -191,12 +190,11 @@ void BladeAgent::begin(const RunOperation& what, std::size_t event, TimePoint no
 bool BladeAgent::post(RequestKind kind, const msglyr::Message& message, TimePoint deadline,
                       EventIndex event, const Outbox& outbox) {
   if (!outbox(message)) {
-    ++counts_.unsent;
+    outstanding_.countUnsent();
     judge_.judgeUnsent(event);
     return false;
   }
-  ++counts_.of(kind).sent;
-  pending_.push_back({message[2], kind, deadline, event});
+  outstanding_.add({message[2], kind, deadline, event});
   return true;
 }
 
@@ -275,28 +273,16 @@ BladeAgent::Duration BladeAgent::oddWait(EventIndex event) const {
 
 // --- what comes back, or does not
 
-void BladeAgent::expire(TimePoint now) {
-  std::vector<Pending> late;
-  const auto firstLate = std::stable_partition(
-      pending_.begin(), pending_.end(), [now](const Pending& each) { return now < each.deadline; });
-  std::move(firstLate, pending_.end(), std::back_inserter(late));
-  pending_.erase(firstLate, pending_.end());
-  for (const Pending& each : late) {
-    giveUp(each, now);
-  }
-}
-
-void BladeAgent::giveUp(const Pending& pending, TimePoint now) {
-  ++counts_.of(pending.kind).unanswered;
-  if (pending.kind == RequestKind::Register || pending.kind == RequestKind::Beat) {
+void BladeAgent::giveUp(const Outstanding::Request& request, TimePoint now) {
+  if (request.kind == RequestKind::Register || request.kind == RequestKind::Beat) {
     nextSend_ = now + backoff_.next();
   }
-  end(pending);
-  judge_.judge(pending.event, nullptr);
+  end(request);
+  judge_.judge(request.event, nullptr);
 }
 
-void BladeAgent::end(const Pending& pending) {
-  switch (pending.kind) {
+void BladeAgent::end(const Outstanding::Request& request) {
+  switch (request.kind) {
     case RequestKind::Register:
     case RequestKind::Beat:
       sessionPending_ = false;
@@ -312,23 +298,17 @@ void BladeAgent::end(const Pending& pending) {
 void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
   Reply reply;
   const bool readable = parseReply(message, reply);
-  const auto found = std::find_if(pending_.begin(), pending_.end(), [&](const Pending& each) {
-    return readable && each.id == reply.messageId;
-  });
-  if (found == pending_.end()) {
-    ++counts_.strays;
+  const auto request = outstanding_.take(readable ? &reply : nullptr);
+  if (!request) {
     return;
   }
-  const Pending pending = std::move(*found);
-  pending_.erase(found);
-  ++counts_.of(pending.kind).statuses[reply.status];
   lastStatus_ = reply.status;
   lastMessage_ = reply.message;
-  end(pending);
-  judge_.judge(pending.event, &reply);
-  if (pending.kind == RequestKind::Register) {
+  end(*request);
+  judge_.judge(request->event, &reply);
+  if (request->kind == RequestKind::Register) {
     onRegisterReply(reply, now);
-  } else if (pending.kind != RequestKind::Odd) {
+  } else if (request->kind != RequestKind::Odd) {
     onRegisteredReply(reply.status, now);
   }
 }
@@ -361,7 +341,7 @@ void BladeAgent::onCommand(const std::string& peer, const msglyr::Message& messa
 }
 
 void BladeAgent::die(TimePoint now, Duration lasts) {
-  for (const Pending& each : std::exchange(pending_, {})) {
+  for (const Outstanding::Request& each : outstanding_.takeAll()) {
     giveUp(each, now);
   }
   reporter_.forget();

@@ -9,6 +9,7 @@
 
 #include "framework/msglyr/Message.h"
 #include "sma/agent/Event.h"
+#include "sma/agent/Outstanding.h"
 #include "sma/agent/ReplyJudge.h"
 #include "sma/base/Backoff.h"
 #include "sma/messages/BladeCounts.h"
@@ -89,7 +90,7 @@ class BladeAgent {
   const std::string& gatewayKey() const { return gatewayKey_; }
   unsigned lastStatus() const { return lastStatus_; }
   const std::string& lastMessage() const { return lastMessage_; }
-  const BladeCounts& counts() const { return counts_; }
+  const BladeCounts& counts() const { return outstanding_.counts(); }
   const BladePlatform& platform() const { return platform_; }
   const CommandDesk& desk() const { return desk_; }
   /// A line for each reply so far that was not what its event expected, and for each event whose
@@ -100,13 +101,6 @@ class BladeAgent {
 
  private:
   using EventIndex = ReplyJudge::EventIndex;
-
-  struct Pending {
-    std::string id;
-    RequestKind kind;
-    TimePoint deadline;
-    EventIndex event;
-  };
 
   void start(std::size_t event, TimePoint now, const Outbox& outbox);
   void begin(const ChangeToken& what, std::size_t event, TimePoint now, const Outbox& outbox);
@@ -127,9 +121,8 @@ class BladeAgent {
   void sendReport(const Reporter::Request& request, TimePoint now, const Outbox& outbox);
   Duration oddWait(EventIndex event) const;
 
-  void expire(TimePoint now);
-  void giveUp(const Pending& pending, TimePoint now);
-  void end(const Pending& pending);
+  void giveUp(const Outstanding::Request& request, TimePoint now);
+  void end(const Outstanding::Request& request);
   void onRegisterReply(const Reply& reply, TimePoint now);
   void onWorkEnd(const Operation& operation, TimePoint now);
   void note(const Memory& memory);
@@ -153,12 +146,11 @@ class BladeAgent {
   TimePoint deadUntil_ = TimePoint::min();
   TimePoint duplicateUntil_;
   bool sessionPending_ = false;  // a register or beat awaits its reply; one at a time
-  std::vector<Pending> pending_;
   std::uint64_t sequence_ = 0;
   std::uint32_t beatCount_ = 0;
   unsigned lastStatus_ = 0;
   std::string lastMessage_;
-  BladeCounts counts_;
+  Outstanding outstanding_;
   ReplyJudge judge_;
 };
 
