@@ -136,7 +136,7 @@ void Engine::settleLast() {
   commitAndWait();  // whoever had to be told has been
   try {
     const std::lock_guard lock(state_);
-    jobs_.settleLast();
+    jobs_.catchUp();
   } catch (const std::exception& error) {
     core_log::logPrintf("stop", core_log::serviceLevel(), 8, "jobs are left as they are: %s",
                         error.what());

@@ -119,7 +119,7 @@ class Engine {
 
   void order(const JobOrder& order, Done<JobView> done);
   /// What order() would say, without doing it: the job as it would be, with id 0.
-  Granted<JobView> wouldOrder(const JobOrder& order) const;
+  Granted<JobView> wouldOrder(const JobOrder& order);
   /// Gives a job up that is accepted, or unknown.
   void cancelJob(std::uint64_t id, Done<JobView> done);
   std::vector<JobView> jobs(const JobFilter& filter) const;
@@ -138,7 +138,7 @@ class Engine {
   void createApp(std::uint32_t slot, std::unique_ptr<mo::Mo> instance, Done<AppView> done);
   /// The description of an instance of which nothing is on a blade.
   void deleteApp(const std::string& id, Done<AppView> done);
-  Granted<AppView> wouldDeleteApp(const std::string& id) const;
+  Granted<AppView> wouldDeleteApp(const std::string& id);
   /// By identifier.
   std::vector<AppView> apps(std::optional<std::uint32_t> slot) const;
   std::optional<AppView> app(const std::string& id) const;
@@ -166,6 +166,7 @@ class Engine {
               os::Clock::TimePoint now);
   void tick(os::Clock::TimePoint now);
   void judge(os::Clock::TimePoint now);
+  void catchUp();
   template <class T, class Work>
   void decide(const Done<T>& done, Work work);
   SlotView viewOf(const Object& slot, os::Clock::TimePoint now) const;

@@ -14,11 +14,19 @@ Refusal stopping() {
 
 }  // namespace
 
+// What an operator was told of may not have reached the engine's thread yet.
+void Engine::catchUp() {
+  if (!isStopping_) {
+    jobs_.catchUp();
+  }
+}
+
 template <class T, class Work>
 void Engine::decide(const Done<T>& done, Work work) {
   Granted<void> granted;
   {
     const std::lock_guard lock(state_);
+    catchUp();
     granted = isStopping_ ? tl::unexpected(stopping()) : work();
   }
   if (!granted && done) {
@@ -30,8 +38,9 @@ void Engine::order(const JobOrder& order, Done<JobView> done) {
   decide(done, [&] { return jobs_.order(order, done); });
 }
 
-Granted<JobView> Engine::wouldOrder(const JobOrder& order) const {
+Granted<JobView> Engine::wouldOrder(const JobOrder& order) {
   const std::lock_guard lock(state_);
+  catchUp();
   return jobs_.wouldOrder(order);
 }
 
@@ -64,8 +73,9 @@ void Engine::deleteApp(const std::string& id, Done<AppView> done) {
   decide(done, [&] { return jobs_.deleteApp(id, done); });
 }
 
-Granted<AppView> Engine::wouldDeleteApp(const std::string& id) const {
+Granted<AppView> Engine::wouldDeleteApp(const std::string& id) {
   const std::lock_guard lock(state_);
+  catchUp();
   return jobs_.wouldDeleteApp(id);
 }
 

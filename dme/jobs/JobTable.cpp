@@ -48,16 +48,37 @@ Job& JobTable::add(Job job) {
 
 JobView JobTable::save(Job& job) {
   ++job.view.revision;
-  JobView view = job.view;
-  changes_.changed.push_back(view);
-  store(job);
+  JobView view = stage(job);
   file(job);
   trim();
   return view;
 }
 
-void JobTable::store(const Job& job) {
+JobView JobTable::saveEnd(Job& job, JobView end) {
+  end.revision = ++job.view.revision;
+  Job ended = job;
+  ended.view = end;
+  job.end = std::move(end);
+  return stage(ended);
+}
+
+void JobTable::bury(Job& job, const std::function<void(const Job&, JobState)>& follow) {
+  const JobState from = job.view.state;
+  job.view = *std::exchange(job.end, std::nullopt);
+  follow(job, from);
+  file(job);
+  trim();
+}
+
+void JobTable::revive(Job& job) {
+  job.end.reset();
+  save(job);
+}
+
+JobView JobTable::stage(const Job& job) {
   store_.assign(store_.create<sd::JobMo>(nameOfJob(job.view.id)), recordOf(job), mo::kAllGroups);
+  changes_.changed.push_back(job.view);
+  return job.view;
 }
 
 void JobTable::file(const Job& job) {

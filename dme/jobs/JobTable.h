@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -30,6 +31,7 @@ struct Job {
   AppPhase phaseBefore = AppPhase::kAssumed;  ///< of the instance, before the blade was told
 
   // Of this run of the engine only.
+  std::optional<JobView> end;           ///< given up: as it is once that is on the disk
   bool isConfirmed = false;             ///< on the disk, and whoever ordered it knows
   base::Buffer cookie;                  ///< of the attempt whose answer is awaited; empty for none
   std::optional<JobObstacle> obstacle;  ///< while accepted: as the view tells it
@@ -70,6 +72,14 @@ class JobTable {
   /// Stages the job as it is now, with the next revision, and gives it so. A final job leaves the
   /// living: the reference ends with the call then.
   JobView save(Job& job);
+  /// Stages the job, which is given up, as `end`, with the next revision, and gives it so. Among
+  /// the living it stays as it was, with its `end`, until bury() or revive().
+  JobView saveEnd(Job& job, JobView end);
+  /// The job's end is stored: it is so, and `follow` draws the consequences before it leaves the
+  /// living. The reference ends.
+  void bury(Job& job, const std::function<void(const Job& ended, JobState from)>& follow);
+  /// The job's end is not stored: stages it as it was.
+  void revive(Job& job);
   /// The job was never there.
   void withdraw(std::uint64_t id);
   bool hasChanges() const { return !changes_.empty(); }
@@ -94,7 +104,7 @@ class JobTable {
   void file(const Job& job);
   void forget(const Job& job);
   void trim();
-  void store(const Job& job);
+  JobView stage(const Job& job);
 
   ObjectStore& store_;
   std::map<std::uint64_t, Job> jobs_;

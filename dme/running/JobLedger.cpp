@@ -19,10 +19,15 @@ JobLedger::JobLedger(ObjectStore& store, std::function<void()> wake)
 }
 
 void JobLedger::commit(Stored stored) {
+  commit(Unstored::kShownLater, std::move(stored));
+}
+
+void JobLedger::commit(Unstored unstored, Stored stored) {
   const auto changes = std::make_shared<JobChanges>(table_.takeChanges());
   store_.commit(
-      [this, changes, stored = std::move(stored)](const Result<void>& outcome) {
-        board_.settle(std::move(*changes), outcome.has_value());
+      [this, changes, unstored, stored = std::move(stored)](const Result<void>& outcome) {
+        const bool isShown = outcome || unstored == Unstored::kShownLater;
+        board_.settle(isShown ? std::move(*changes) : JobChanges(), outcome.has_value());
         if (!outcome) {
           errands_.leave([this] { retryAt_ = JobClock::now() + kRetryAfter; });
         }

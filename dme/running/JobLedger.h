@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,8 +38,9 @@ class JobLedger {
   void commit(Stored stored = {});
   /// The same, but only if jobs have changed: what else was staged goes with its owner's.
   void commitChanges();
-  /// As commit(); tells `done`, on the store's thread, what came of it, and runs `afterwards` on
-  /// the engine's thread.
+  /// As commit(), for an operator; tells `done`, on the store's thread, what came of it, and runs
+  /// `afterwards` on the engine's thread. What was not stored is not shown later either:
+  /// `afterwards` takes it back.
   template <class T>
   void commitAndTell(T result, Done<T> done, std::function<void(bool isStored)> afterwards);
 
@@ -48,6 +50,10 @@ class JobLedger {
   void tick(TimePoint now);
 
  private:
+  /// What becomes of changes that are not stored: they are shown when they are, or never.
+  enum class Unstored : std::uint8_t { kShownLater, kTakenBack };
+  void commit(Unstored unstored, Stored stored);
+
   ObjectStore& store_;
   JobTable table_;
   JobBoard board_;
@@ -60,8 +66,8 @@ Refusal notStored();
 template <class T>
 void JobLedger::commitAndTell(T result, Done<T> done,
                               std::function<void(bool isStored)> afterwards) {
-  commit([this, result = std::move(result), done = std::move(done),
-          afterwards = std::move(afterwards)](bool isStored) {
+  commit(Unstored::kTakenBack, [this, result = std::move(result), done = std::move(done),
+                                afterwards = std::move(afterwards)](bool isStored) {
     if (afterwards) {
       errands_.leave([afterwards, isStored] { afterwards(isStored); });
     }

@@ -68,8 +68,30 @@ void JobRunner::confirmed(std::uint64_t id) {
 }
 
 JobView JobRunner::cancel(Job& job) {
-  return apply(job, JobEvent::kCancelled, {JobReason::kCancelled, "an operator gave it up"})
-      .value_or(JobView());
+  JobView end = job.view;
+  end.state = findJobTransition(end.state, JobEvent::kCancelled)->to;
+  end.finishedAt = clock_.timeOfDay();
+  setNote(end, {JobReason::kCancelled, "an operator gave it up"});
+  return table().saveEnd(job, std::move(end));
+}
+
+void JobRunner::cancelled(std::uint64_t id, bool isStored) {
+  Job* const job = table().find(id);
+  if (job == nullptr || !job->end) {
+    return;
+  }
+  turns_.setDue();
+  if (!isStored) {
+    table().revive(*job);
+    timers_.file(*job, JobClock::now());
+    return;
+  }
+  timers_.drop(*job);
+  gateway_.forget(*job);
+  table().bury(*job, [this](const Job& ended, JobState from) {
+    consequences_.follow(ended, from, JobEvent::kCancelled);
+    logEnd(ended.view);
+  });
 }
 
 void JobRunner::withdraw(std::uint64_t id) {
@@ -83,6 +105,9 @@ void JobRunner::withdraw(std::uint64_t id) {
 // ----- States -------------------------------------------------------------------------------
 
 std::optional<JobView> JobRunner::apply(Job& job, JobEvent event, JobNote note) {
+  if (job.end) {
+    return std::nullopt;  // given up
+  }
   const JobState from = job.view.state;
   const JobTransition* const row = findJobTransition(from, event);
   if (row == nullptr) {

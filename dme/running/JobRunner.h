@@ -41,8 +41,11 @@ class JobRunner {
   void accepted(Job& job);
   /// The making of the job is durable, and it may be sent.
   void confirmed(std::uint64_t id);
-  /// The operator gives the job, which is accepted or unknown, up: the job as it is then.
+  /// The operator gives the job, which is accepted or unknown, up: the job as it is once that is
+  /// stored. Until cancelled() tells of it, nothing else happens to the job.
   JobView cancel(Job& job);
+  /// Giving the job up was stored, and it is over; or it was not, and the job goes on.
+  void cancelled(std::uint64_t id, bool isStored);
   /// The job was never there.
   void withdraw(std::uint64_t id);
   /// Why an accepted job has to wait.

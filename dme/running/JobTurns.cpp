@@ -28,7 +28,7 @@ Job* JobTurns::nextOf(std::uint32_t slot, TimePoint now) {
   Job* next = nullptr;
   for (const std::uint64_t id : table_.ofSlot(slot)) {
     Job& job = *table_.find(id);
-    if (job.view.state != JobState::kAccepted || !job.isConfirmed) {
+    if (job.view.state != JobState::kAccepted || !job.isConfirmed || job.end) {
       continue;
     }
     const JobObstacle obstacle = obstacleOf(job.view);

@@ -42,7 +42,7 @@ void Jobs::tick(TimePoint now) {
   runner_.tick(now);
 }
 
-void Jobs::settleLast() {
+void Jobs::catchUp() {
   ledger_.errands().run();
 }
 
@@ -85,21 +85,39 @@ void Jobs::made(const std::vector<std::uint64_t>& ids, bool isStored) {
   ledger_.commitChanges();
 }
 
+void Jobs::cancelled(const std::vector<std::uint64_t>& ids, bool isStored) {
+  for (const std::uint64_t id : ids) {
+    runner_.cancelled(id, isStored);
+  }
+  ledger_.commit();
+}
+
 Granted<void> Jobs::cancel(std::uint64_t id, Done<JobView> done) {
   Job* const job = ledger_.table().find(id);
   const std::optional<JobView> shown = board().find(id);
-  if (job == nullptr && !shown) {
+  if (!shown) {
     return tl::unexpected(Refusal{Reason::kUnknownJob, "there is no job " + std::to_string(id),
                                   "see which there are; those that ended long ago are not kept"});
   }
-  JobView view = job != nullptr ? job->view : *shown;
+  if (job == nullptr && !isFinal(shown->state)) {
+    return tl::unexpected(Refusal{Reason::kNotStored,
+                                  "the end of job " + std::to_string(id) + " is not stored yet",
+                                  "see again how far it is when the disk writes"});
+  }
+  if (job != nullptr && job->end) {
+    return tl::unexpected(Refusal{Reason::kWrongState,
+                                  "job " + std::to_string(id) + " is being given up",
+                                  "wait until that is stored"});
+  }
+  const JobView& view = job != nullptr ? job->view : *shown;
   if (view.state != JobState::kAccepted && view.state != JobState::kUnknown) {
     return tl::unexpected(Refusal{
         Reason::kWrongState, "job " + std::to_string(id) + " is " + std::string(nameOf(view.state)),
         isFinal(view.state) ? "it is over"
                             : "the blade may have been told: wait until it is over"});
   }
-  ledger_.commitAndTell<JobView>(runner_.cancel(*job), std::move(done), {});
+  ledger_.commitAndTell<JobView>(runner_.cancel(*job), std::move(done),
+                                 [this, id](bool isStored) { cancelled({id}, isStored); });
   return {};
 }
 
@@ -156,8 +174,10 @@ std::optional<AppView> Jobs::app(const std::string& id) const {
 AppView Jobs::viewOf(const Object& instance) const {
   AppView view = catalog_.view(instance);
   const Job* const job = jobOf(instance);
-  // A job that is not on the disk yet cannot be asked for.
-  view.job = job != nullptr && board().find(job->view.id) ? job->view.id : 0;
+  // A job that is not on the disk yet cannot be asked for, and one whose end is has none.
+  const std::optional<JobView> shown =
+      job != nullptr ? board().find(job->view.id) : std::optional<JobView>();
+  view.job = shown && !isOver(*shown) ? shown->id : 0;
   return view;
 }
 
@@ -192,9 +212,11 @@ Granted<void> Jobs::setTimeZone(const std::string& zone, Done<std::vector<JobVie
   }
   const std::string before = time_.zone();
   time_.setZone(zone);
+  std::vector<std::uint64_t> replaced;
   std::vector<JobView> views;
   for (const Object* const slot : chassis_.slots()) {
     if (slot->get(sd::SlotMo::kAdmission) == static_cast<std::uint8_t>(sd::Admission::kValid)) {
+      cancelTimeZone(slot->get(sd::SlotMo::kNumber), replaced);
       orderTimeZone(slot->get(sd::SlotMo::kNumber), views);
     }
   }
@@ -204,26 +226,30 @@ Granted<void> Jobs::setTimeZone(const std::string& zone, Done<std::vector<JobVie
     ids.push_back(view.id);
   }
   ledger_.commitAndTell<std::vector<JobView>>(std::move(views), std::move(done),
-                                              [this, ids, before](bool isStored) {
+                                              [this, ids, replaced, before](bool isStored) {
                                                 if (!isStored) {
                                                   time_.setZone(before);
                                                 }
+                                                cancelled(replaced, isStored);
                                                 made(ids, isStored);
                                               });
   return {};
+}
+
+void Jobs::cancelTimeZone(std::uint32_t slot, std::vector<std::uint64_t>& cancelled) {
+  for (const std::uint64_t id : ledger_.table().ofSlot(slot)) {
+    Job& job = *ledger_.table().find(id);
+    if (job.view.verb == JobVerb::kTimeZone && job.view.state == JobState::kAccepted && !job.end) {
+      runner_.cancel(job);
+      cancelled.push_back(id);
+    }
+  }
 }
 
 void Jobs::orderTimeZone(std::uint32_t slot, std::vector<JobView>& made) {
   JobOrder order;
   order.verb = JobVerb::kTimeZone;
   order.slot = slot;
-  for (const std::uint64_t id : ledger_.table().ofSlot(slot)) {
-    Job& other = *ledger_.table().find(id);
-    if (other.view.verb == JobVerb::kTimeZone && other.view.state == JobState::kAccepted) {
-      runner_.cancel(
-          other);  // an earlier zone that the blade was not told need not be told any more
-    }
-  }
   Granted<Job> planned = checks_.plan(order, clock_.timeOfDay(), JobChecks::Queue::kBehindItsLike);
   if (planned) {
     made.push_back(accept(std::move(*planned)));

@@ -71,16 +71,20 @@ class Jobs {
   /// Does what is due. Called on the engine's thread, after each wake and when deadline() has come.
   void tick(TimePoint now);
   std::optional<TimePoint> deadline() const;
-  /// Draws the consequences of what was stored or not, and sends nothing any more. Called when
-  /// nothing waits for the disk, before the store is closed.
-  void settleLast();
+  /// Draws the consequences of what was stored or not until now, and sends nothing. Called before
+  /// each of the orders above, since whoever was told of an outcome must find it so; and when
+  /// nothing waits for the disk any more, before the store is closed.
+  void catchUp();
 
  private:
   JobView accept(Job job);
-  /// What follows from the outcome of the transaction that made the jobs.
+  /// What follows from the outcome of the transaction that made the jobs, or gave them up.
   void made(const std::vector<std::uint64_t>& ids, bool isStored);
+  void cancelled(const std::vector<std::uint64_t>& ids, bool isStored);
   AppView viewOf(const Object& instance) const;
   const Job* jobOf(const Object& instance) const;
+  /// Gives up what the slot's blade was not told yet of an earlier zone.
+  void cancelTimeZone(std::uint32_t slot, std::vector<std::uint64_t>& cancelled);
   /// Makes a job that tells the slot's blade the zone, unless the blade is going away.
   void orderTimeZone(std::uint32_t slot, std::vector<JobView>& made);
 

@@ -38,15 +38,6 @@ class JobDiskTest : public dme_test::JobFixture {
     EXPECT_TRUE(log_.waitFor(
         8, "changes cannot be stored (database or disk is full): they are kept and tried again"));
   }
-  /// Lets time pass until it is so. The disk is tried again every second.
-  template <class Predicate>
-  void passUntil(Predicate isSo) {
-    const auto giveUp = std::chrono::steady_clock::now() + seconds(30);
-    while (!isSo() && std::chrono::steady_clock::now() < giveUp) {
-      pass(seconds(1));
-    }
-    EXPECT_TRUE(isSo());
-  }
   std::future<Granted<JobView>> orderInBackground(const JobOrder& order) {
     auto outcome = std::make_shared<std::promise<Granted<JobView>>>();
     engine_->order(order, [outcome](Granted<JobView> job) { outcome->set_value(std::move(job)); });

@@ -105,6 +105,15 @@ class JobFixture : public testing::Test {
     clock_.advance(time);
     settle();
   }
+  /// Lets time pass until it is so. The disk is tried again every second.
+  template <class Predicate>
+  void passUntil(Predicate isSo) {
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!isSo() && std::chrono::steady_clock::now() < giveUp) {
+      pass(std::chrono::seconds(1));
+    }
+    EXPECT_TRUE(isSo());
+  }
   void settle() {
     for (int i = 0; i < 2; ++i) {
       gateway_->settle();
