@@ -24,6 +24,26 @@ bool isTime(std::string_view name) {
   return name.ends_with("At") || name == "deliverBy" || name == "finishBy" || name == "since";
 }
 
+/// How the supervisor calls the member that tells what a number is called.
+constexpr std::string_view kNameSuffix = "Name";
+
+/// What a number is called, if the member beside it tells that; else the value itself.
+const Json& nameOr(const Json& value, const std::string& name, const Json& object) {
+  const auto named = object.find(name + std::string(kNameSuffix));
+  const bool isNamed = value.is_number() && named != object.end() && named->is_string();
+  return isNamed ? *named : value;
+}
+
+/// Whether the member is shown in the place of the number that it names.
+bool isShownElsewhere(const std::string& name, const Json& object) {
+  if (!name.ends_with(kNameSuffix)) {
+    return false;
+  }
+  const std::string number = name.substr(0, name.size() - kNameSuffix.size());
+  const auto named = object.find(number);
+  return named != object.end() && &nameOr(*named, number, object) != &*named;
+}
+
 std::string valueText(const std::string& name, const Json& value) {
   if (isTime(name) && value.is_number_unsigned()) {
     return timeText(value.get<std::uint64_t>());
@@ -47,9 +67,14 @@ class Printer {
   void members(const Json& object, std::size_t indent, std::string mark = "") {
     std::size_t width = 0;
     for (const auto& [name, value] : object.items()) {
-      width = isBranch(value) ? width : std::max(width, displayWidth(shown(name)));
+      if (!isBranch(value) && !isShownElsewhere(name, object)) {
+        width = std::max(width, displayWidth(shown(name)));
+      }
     }
     for (const auto& [name, value] : object.items()) {
+      if (isShownElsewhere(name, object)) {
+        continue;
+      }
       const std::string start = std::string(indent - mark.size(), ' ') + mark;
       mark.clear();
       if (isBranch(value)) {
@@ -57,7 +82,7 @@ class Printer {
         branch(value, indent + kIndent);
       } else {
         const std::string label = shown(name);
-        const std::string text = shown(valueText(name, value));
+        const std::string text = shown(valueText(name, nameOr(value, name, object)));
         line(start, label,
              std::string(width - displayWidth(label) + kIndent, ' ') + (text.empty() ? "-" : text));
       }

@@ -5,6 +5,7 @@
 
 #include "framework/base/String.h"
 #include "framework/mo/Mo.h"
+#include "model/sm/AppInstanceMo.h"
 
 namespace sd {
 
@@ -35,7 +36,8 @@ class AppInstanceMo final : public mo::Mo {
                                                              mo::kNamingGroup};
   static constexpr mo::Property<base::String> kExpectedVersion{0x3041, "expectedVersion"};
   // As sm::AppInstanceMo's state.
-  static constexpr mo::Property<std::uint8_t> kExpectedState{0x3042, "expectedState"};
+  static constexpr mo::Property<std::uint8_t> kExpectedState{0x3042, "expectedState", mo::kDurable,
+                                                             mo::kStateGroup, &sm::kAppStates};
   static constexpr mo::Property<bool> kIsFailed{0x3043, "isFailed"};
   static constexpr mo::Property<std::uint32_t> kFailures{0x3044, "failures"};
   static constexpr mo::Property<std::uint64_t> kFailedAt{0x3045, "failedAt"};

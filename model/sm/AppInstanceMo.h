@@ -12,6 +12,9 @@ namespace sm {
 inline constexpr std::uint8_t kAppInactive = 3;   // disabled or stopped
 inline constexpr std::uint8_t kAppActive = 7;     // enabled or running
 inline constexpr std::uint8_t kAppUnknown = 255;  // the blade's word is none of these
+inline constexpr mo::EnumText kAppStateTexts[] = {{kAppInactive, "stopped"},
+                                                  {kAppActive, "started"}};
+inline constexpr mo::Enumeration kAppStates{kAppStateTexts, "unknown"};
 
 /// An application instance on a blade, as the blade reports it. Times are in milliseconds since the
 /// epoch, UTC.
@@ -23,7 +26,8 @@ class AppInstanceMo final : public mo::Mo {
   static constexpr mo::Property<base::String> kAppInstanceId{0x87e, "appInstanceId", mo::kDurable,
                                                              mo::kNamingGroup};
   // Written by both the administrative and the operational state: the later one stands.
-  static constexpr mo::Property<std::uint8_t> kState{0x883, "state"};
+  static constexpr mo::Property<std::uint8_t> kState{0x883, "state", mo::kDurable, mo::kStateGroup,
+                                                     &kAppStates};
   static constexpr mo::Property<bool> kExternalSoftwareManagement{0x88d,
                                                                   "externalSoftwareManagement"};
   static constexpr mo::Property<base::String> kInstalledVersion{0x880, "installedVersion"};

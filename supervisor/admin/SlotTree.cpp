@@ -3,14 +3,24 @@
 #include <algorithm>
 #include <string_view>
 
+#include "model/Catalog.h"
 #include "supervisor/admin/Children.h"
+#include "supervisor/admin/PropertyJson.h"
 
 namespace supervisor::admin {
 namespace {
 
+/// Its properties, and beside a number that stands for something what it is called.
 Json describe(const dme::ObjectView& object) {
   Json json{{"dn", object.dn}};
-  json.update(propertiesOf(object));
+  const mo::ClassInfo* const info = model::findClass(object.className);
+  for (const auto& [name, value] : object.values) {
+    json[name] = toJson(value);
+    const mo::PropertyInfo* const property = info != nullptr ? info->find(name) : nullptr;
+    if (property != nullptr && property->enumeration != nullptr) {
+      json[name + "Name"] = writeValue(*property, value);
+    }
+  }
   return json;
 }
 

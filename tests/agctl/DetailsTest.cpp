@@ -35,6 +35,17 @@ TEST(Details, ValuesStandInOneColumnAndPartsBelowTheirName) {
             "  - 5\n");
 }
 
+TEST(Details, NumberWithAName_IsShownByIt) {
+  EXPECT_EQ(printed(R"({"state":7,"stateName":"started","expectedStateName":"x","hostName":"a",
+                       "host":"b","note":1,"noteName":2})"),
+            "state              started\n"
+            "expectedStateName  x\n"
+            "hostName           a\n"
+            "host               b\n"
+            "note               1\n"
+            "noteName           2\n");
+}
+
 TEST(Details, TimesAreWrittenOut) {
   EXPECT_EQ(printed(R"({"acceptedAt":1767225600999,"sentAt":0,"finishBy":18446744073709551615})"),
             "acceptedAt  2026-01-01 00:00:00Z\n"

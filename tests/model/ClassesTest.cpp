@@ -239,6 +239,15 @@ TEST(Classes, EnumeratedProperties_HaveTheseTexts) {
     app.set(sm::AppMo::kDeployType, value);
     EXPECT_EQ(app.stringify(sm::AppMo::kDeployType), text) << int{value};
   }
+  for (const auto& [value, text] : std::vector<std::pair<std::uint8_t, const char*>>{
+           {3, "stopped"}, {7, "started"}, {255, "unknown"}, {0, "unknown"}}) {
+    sm::AppInstanceMo reported;
+    reported.set(sm::AppInstanceMo::kState, value);
+    EXPECT_EQ(reported.stringify(sm::AppInstanceMo::kState), text) << int{value};
+    sd::AppInstanceMo believed;
+    believed.set(sd::AppInstanceMo::kExpectedState, value);
+    EXPECT_EQ(believed.stringify(sd::AppInstanceMo::kExpectedState), text) << int{value};
+  }
   sd::ExternalLduLinkMo link;
   EXPECT_EQ(link.stringify(sd::ExternalLduLinkMo::kLinkInterfaceType), "");
   for (const auto& [value, text] : std::vector<std::pair<std::uint8_t, const char*>>{

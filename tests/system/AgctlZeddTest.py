@@ -162,6 +162,23 @@ class BladeTest(ZeddCase):
         # What was created with the defaults goes its way without a line that looks like an error.
         self.assertEqual([line for line in self.zedd.log.all() if re.match(r"\S+ [6-9] ", line)], [])
 
+    def test_states_of_an_instance_have_names(self):
+        self.create()
+        self.simulate(3)
+        self.agctl(0, "app", "install", "fw-1", "--wait")
+        self.agctl(0, "app", "start", "fw-1", "--wait")
+        harness.wait_until(lambda: (self.document("app", "show", "fw-1")["reported"]
+                                    or {}).get("state") == 7)
+        app = self.document("app", "show", "fw-1")
+        self.assertEqual((app["believed"]["expectedState"], app["believed"]["expectedStateName"]),
+                         (7, "started"))
+        self.assertEqual((app["reported"]["state"], app["reported"]["stateName"]), (7, "started"))
+        for words in (("app", "show", "fw-1"), ("slot", "show", "3")):
+            text = self.agctl(0, *words).stdout
+            self.assertRegex(text, r"expectedState +started\n")
+            self.assertRegex(text, r" state +started\n")
+            self.assertNotIn("tateName", text)
+
     def test_equipment_is_written_and_lets_an_instance_start(self):
         self.simulate(3)
         self.create()

@@ -57,7 +57,11 @@ TEST_F(AppResource, EachPhase_HasItsWord) {
 
 TEST_F(AppResource, OneApp_ShowsBothViewsAndItsParts) {
   engine_.models_["sys/chassis-1/slot-3/app-a"] = {
-      {"sys/chassis-1/slot-3/app-a", "appInstance", {{"appInstanceId", base::String("a")}}},
+      {"sys/chassis-1/slot-3/app-a",
+       "appInstance",
+       {{"appInstanceId", base::String("a")},
+        {"expectedState", std::uint8_t{7}},
+        {"isFailed", false}}},
       {"sys/chassis-1/slot-3/app-a/app", "app", {{"deployType", std::uint8_t{3}}}},
       {"sys/chassis-1/slot-3/app-a/fault-missing", "fault", {{"count", std::uint32_t{2}}}},
       {"sys/chassis-1/slot-3/app-a/ldu", "ldu", {}},
@@ -67,14 +71,15 @@ TEST_F(AppResource, OneApp_ShowsBothViewsAndItsParts) {
       {"sys/chassis-1/slot-3/app-a/operation-install", "op", {}},
   };
   engine_.models_["sys/chassis-1/slot-3/reported-a"] = {
-      {"sys/chassis-1/slot-3/reported-a", "app", {{"state", std::uint8_t{1}}}}};
+      {"sys/chassis-1/slot-3/reported-a", "reportedAppInstance", {{"state", std::uint8_t{3}}}}};
   EXPECT_EQ(ask(router_, "GET", "/api/v1/apps/a").body,
             std::string(kShown) +
                 R"(,"believed":{"dn":"sys/chassis-1/slot-3/app-a","appInstanceId":"a",)"
+                R"("expectedState":7,"expectedStateName":"started","isFailed":false,)"
                 R"("faults":[{"dn":"sys/chassis-1/slot-3/app-a/fault-missing","count":2}],)"
                 R"("operations":[{"dn":"sys/chassis-1/slot-3/app-a/operation-install"}]},)"
-                R"("reported":{"dn":"sys/chassis-1/slot-3/reported-a","state":1,"faults":[],)"
-                R"("operations":[]},)"
+                R"("reported":{"dn":"sys/chassis-1/slot-3/reported-a","state":3,)"
+                R"("stateName":"stopped","faults":[],"operations":[]},)"
                 R"("parts":{"id":"a","slot":3,"app":{"deployType":"vm"},)"
                 R"("ldu":{"links":[{"portName":"e"}]}}})"
                 "\n");

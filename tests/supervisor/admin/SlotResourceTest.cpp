@@ -112,7 +112,7 @@ TEST_F(SlotResource, Instances_ComeWithFaultsAndOperations) {
       {"sys/chassis-1/slot-4/app-a/operation-install", "op", {{"percent", std::uint32_t{7}}}},
       {"sys/chassis-1/slot-4/app-ab", "app", {}},
       {"sys/chassis-1/slot-4/operation-format", "op", {{"percent", std::uint32_t{8}}}},
-      {"sys/chassis-1/slot-4/reported-a", "app", {}},
+      {"sys/chassis-1/slot-4/reported-a", "reportedAppInstance", {{"state", std::uint8_t{255}}}},
       {"sys/chassis-1/slot-4/reported-a/fault-unexpected", "fault", {}},
   };
   const Json json = details();
@@ -123,7 +123,8 @@ TEST_F(SlotResource, Instances_ComeWithFaultsAndOperations) {
             "\"percent\":7}]},"
             "{\"dn\":\"sys/chassis-1/slot-4/app-ab\",\"source\":\"believed\",\"faults\":[],"
             "\"operations\":[]},"
-            "{\"dn\":\"sys/chassis-1/slot-4/reported-a\",\"source\":\"reported\",\"faults\":["
+            "{\"dn\":\"sys/chassis-1/slot-4/reported-a\",\"state\":255,\"stateName\":\"unknown\","
+            "\"source\":\"reported\",\"faults\":["
             "{\"dn\":\"sys/chassis-1/slot-4/reported-a/fault-unexpected\"}],\"operations\":[]}]");
   EXPECT_EQ(json["operations"].dump(),
             "[{\"dn\":\"sys/chassis-1/slot-4/operation-format\",\"percent\":8}]");
