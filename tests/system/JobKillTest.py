@@ -39,7 +39,7 @@ class JobKillTest(LaneCase):
             lane.stop()
         seconds = time.monotonic() - begin
         self.kill("blades")  # or some of them wait half a minute for the answer of a dead zedd
-        jobs = self.all_settled(SETTLED)
+        jobs = self.all_over(SETTLED)
         self.assert_told(jobs)
         self.assert_done_once(jobs)
         # The work of these blades never fails, but what is sent twice is refused the second time.

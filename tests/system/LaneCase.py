@@ -116,15 +116,18 @@ class LaneCase(unittest.TestCase):
             for field in ("verb", "app", "slot"):
                 self.assertEqual(found[field], job[field], found)
 
-    def all_settled(self, seconds):
+    def all_over(self, seconds):
         """Every job that was accepted and every other that is there, once all of them are over."""
         harness.wait_until(lambda: not self.open_jobs(), self.open_jobs, seconds)
-        unknown = self.operator.granted(200, "/jobs?limit=1000&state=unknown")["jobs"]
+        unknown = self.unknown_jobs()
         self.note_settled()
         return {**{job["id"]: job for job in unknown}, **self._settled}
 
     def open_jobs(self):
         return self.operator.granted(200, "/jobs?state=accepted,sending,running")["jobs"]
+
+    def unknown_jobs(self):
+        return self.operator.granted(200, "/jobs?limit=1000&state=unknown")["jobs"]
 
     def assert_told(self, jobs):
         for job in jobs.values():
