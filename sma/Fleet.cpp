@@ -57,10 +57,10 @@ Reporter::Settings Fleet::reportsOf(std::uint64_t seed) const {
 void Fleet::addBlade(std::uint32_t slot, const Scenario& scenario) {
   BladeAgent::Settings blade;
   blade.slot = slot;
-  blade.ip = settings_.ip;
-  blade.port = portOf(slot, settings_.listenBase);
-  blade.beat = settings_.beat;
-  blade.beatWait = std::max(settings_.beat, std::chrono::milliseconds(5000));
+  blade.membership.ip = settings_.ip;
+  blade.membership.port = portOf(slot, settings_.listenBase);
+  blade.membership.beat = settings_.beat;
+  blade.membership.beatWait = std::max(settings_.beat, std::chrono::milliseconds(5000));
   blade.seed = settings_.seed * 1'000'003 + slot;
   blade.apps = settings_.apps;
   blade.reports = reportsOf(blade.seed);
@@ -74,7 +74,7 @@ void Fleet::addBlade(std::uint32_t slot, const Scenario& scenario) {
   }
 
   const std::size_t number = seats_.size();
-  const std::uint32_t port = blade.port;
+  const std::uint32_t port = blade.membership.port;
   const auto startDelay = spread(blade.seed, settings_.beat);
   auto agent = std::make_unique<BladeAgent>(std::move(blade), start_ + startDelay);
   if (settings_.state != nullptr) {

@@ -12,10 +12,6 @@ namespace {
 
 using zan_serviceOrchAG::words;
 
-constexpr unsigned kStatusOk = 100;
-constexpr unsigned kStatusRegisterAgain = 510;
-constexpr unsigned kStatusNotRecognised = 511;
-
 BladeAgent::Settings ordered(BladeAgent::Settings settings) {
   std::stable_sort(settings.events.begin(), settings.events.end(),
                    [](const Event& a, const Event& b) { return a.at < b.at; });
@@ -24,6 +20,10 @@ BladeAgent::Settings ordered(BladeAgent::Settings settings) {
 
 const std::string& commandOf(RequestKind kind) {
   switch (kind) {
+    case RequestKind::Register:
+      return words().registerKey;
+    case RequestKind::Beat:
+      return words().heartbeatKey;
     case RequestKind::Report:
       return words().platformInfoUpdateKey;
     case RequestKind::Failure:
@@ -35,27 +35,13 @@ const std::string& commandOf(RequestKind kind) {
 
 }  // namespace
 
-const char* stateName(BladeAgent::State state) {
-  switch (state) {
-    case BladeAgent::State::Unregistered:
-      return "unregistered";
-    case BladeAgent::State::Registered:
-      return "registered";
-    case BladeAgent::State::Refused:
-      return "refused";
-  }
-  return "unknown";
-}
-
 BladeAgent::BladeAgent(Settings settings, TimePoint start)
     : settings_(ordered(std::move(settings))),
-      backoff_(settings_.firstPause, settings_.mostPause, settings_.seed),
       platform_(settings_.seed, settings_.slot, settings_.apps),
       start_(start),
+      membership_(settings_.membership, settings_.slot, settings_.seed, start),
       reporter_(settings_.reports, platform_, start),
       desk_(settings_.commands, platform_, reporter_, settings_.journal),
-      token_(settings_.token),
-      nextSend_(start),
       silentUntil_(start),
       duplicateUntil_(start),
       judge_(settings_.events) {
@@ -80,11 +66,11 @@ void BladeAgent::note(const Memory& memory) {
 
 void BladeAgent::recall(const Memory& memory) {
   std::visit(Overloaded{
-                 [this](const TokenKept& kept) { token_ = kept.token; },
+                 [this](const TokenKept& kept) { membership_.keep(kept.token); },
                  [this](const AppChanged& changed) { platform_.change(changed.change); },
                  [this](const DiskFormatted& formatted) {
                    platform_.removeApps();
-                   token_ = formatted.token;
+                   membership_.keep(formatted.token);
                  },
                  [this](const auto& other) { desk_.recall(other); },
              },
@@ -93,10 +79,8 @@ void BladeAgent::recall(const Memory& memory) {
 
 BladeAgent::TimePoint BladeAgent::due() const {
   TimePoint due = std::min(desk_.due(), outstanding_.due());
-  if (!sessionPending_) {
-    due = std::min(due, std::max(nextSend_, silentUntil_));
-  }
-  const bool registered = state_ == State::Registered;
+  due = std::min(due, std::max(membership_.due(), silentUntil_));
+  const bool registered = membership_.isRegistered();
   due = std::min(due, std::max(reporter_.due(registered), silentUntil_));
   if (registered && !held_.empty()) {
     due = TimePoint::min();
@@ -117,8 +101,8 @@ void BladeAgent::onTime(TimePoint now, const Outbox& outbox) {
   while (nextEvent_ < settings_.events.size() && start_ + settings_.events[nextEvent_].at <= now) {
     start(nextEvent_++, now, outbox);
   }
-  if (maySend(now) && !sessionPending_ && now >= nextSend_) {
-    sendSession(now, outbox);
+  if (maySend(now) && now >= membership_.due()) {
+    registerOrBeat(now, outbox);
   }
   for (const std::size_t event : std::exchange(held_, {})) {
     start(event, now, outbox);
@@ -137,9 +121,8 @@ void BladeAgent::start(std::size_t event, TimePoint now, const Outbox& outbox) {
 
 void BladeAgent::begin(const ChangeToken& what, std::size_t /*event*/, TimePoint now,
                        const Outbox& /*outbox*/) {
-  token_ = what.empty ? "" : "foreign-" + std::to_string(settings_.seed);
-  state_ = State::Unregistered;
-  nextSend_ = now;
+  membership_.keep(what.empty ? "" : "foreign-" + std::to_string(settings_.seed));
+  membership_.restart(now);
 }
 
 void BladeAgent::begin(const Silence& what, std::size_t /*event*/, TimePoint now,
@@ -156,7 +139,7 @@ void BladeAgent::begin(const SendOdd& what, std::size_t event, TimePoint now,
                        const Outbox& outbox) {
   // A register that was sent shows that there is a connection.
   const bool ready =
-      what.early ? counts().sent(RequestKind::Register) > 0 : state_ == State::Registered;
+      what.early ? counts().sent(RequestKind::Register) > 0 : membership_.isRegistered();
   if (!ready) {
     held_.push_back(event);
     return;
@@ -198,59 +181,23 @@ bool BladeAgent::post(RequestKind kind, const msglyr::Message& message, TimePoin
   return true;
 }
 
-void BladeAgent::sendSession(TimePoint now, const Outbox& outbox) {
-  if (state_ == State::Registered) {
-    sendBeat(now, outbox);
-  } else {
-    sendRegister(now, outbox);
-  }
-}
-
-void BladeAgent::sendRegister(TimePoint now, const Outbox& outbox) {
-  Registration registration;
-  registration.slot = settings_.slot;
-  registration.ip = settings_.ip;
-  registration.port = settings_.port;
-  registration.token = token_;
-  registeredWith_ = token_;
-  registration.osVersion = kPlatformRelease;
-  registration.imageName = "platform-" + registration.osVersion + ".img";
-  registration.imageSize = 412'316'860;
-  const auto request =
-      makeRequest(words().registerKey, nextId(), settings_.slot, registerDocument(registration));
-  sessionPending_ =
-      post(RequestKind::Register, request, now + settings_.registerWait, std::nullopt, outbox);
-  if (!sessionPending_) {
-    nextSend_ = now + backoff_.next();
-  }
-}
-
-void BladeAgent::sendBeat(TimePoint now, const Outbox& outbox) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(settings_.beat);
-  const std::string document =
-      toXml(heartbeatDocument(beatCount_ + 1, static_cast<std::uint32_t>(seconds.count())));
-  const auto& key = words().heartbeatKey;
-  sessionPending_ = post(RequestKind::Beat, makeRequest(key, nextId(), settings_.slot, document),
-                         now + settings_.beatWait, std::nullopt, outbox);
-  if (!sessionPending_) {
-    nextSend_ = now + backoff_.next();
+void BladeAgent::registerOrBeat(TimePoint now, const Outbox& outbox) {
+  const Membership::Request request = membership_.request();
+  const auto message = [&] {
+    return makeRequest(commandOf(request.kind), nextId(), settings_.slot, request.document);
+  };
+  if (!post(request.kind, message(), now + request.wait, std::nullopt, outbox)) {
+    membership_.onFailure(now);
     return;
   }
-  ++beatCount_;
-  // From beat to beat, so that the rate does not drift by the time that a reply takes. Beats that
-  // a pause swallowed are not made up for.
-  nextSend_ += settings_.beat;
-  if (nextSend_ < now) {
-    nextSend_ = now + settings_.beat;
-  }
-  if (now < duplicateUntil_) {
-    post(RequestKind::Odd, makeRequest(key, nextId(), settings_.slot, document),
-         now + settings_.oddWait, std::nullopt, outbox);
+  membership_.onSent(now);
+  if (request.kind == RequestKind::Beat && now < duplicateUntil_) {
+    post(RequestKind::Odd, message(), now + settings_.oddWait, std::nullopt, outbox);
   }
 }
 
 void BladeAgent::sendReports(TimePoint now, const Outbox& outbox) {
-  while (auto request = reporter_.next(now, state_ == State::Registered)) {
+  while (auto request = reporter_.next(now, membership_.isRegistered())) {
     sendReport(*request, now, outbox);
   }
 }
@@ -275,24 +222,11 @@ BladeAgent::Duration BladeAgent::oddWait(EventIndex event) const {
 
 void BladeAgent::giveUp(const Outstanding::Request& request, TimePoint now) {
   if (request.kind == RequestKind::Register || request.kind == RequestKind::Beat) {
-    nextSend_ = now + backoff_.next();
+    membership_.onFailure(now);
+  } else if (request.kind == RequestKind::Report) {
+    reporter_.onReportEnd();
   }
-  end(request);
   judge_.judge(request.event, nullptr);
-}
-
-void BladeAgent::end(const Outstanding::Request& request) {
-  switch (request.kind) {
-    case RequestKind::Register:
-    case RequestKind::Beat:
-      sessionPending_ = false;
-      return;
-    case RequestKind::Report:
-      reporter_.onReportEnd();
-      return;
-    default:
-      return;
-  }
 }
 
 void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
@@ -304,34 +238,36 @@ void BladeAgent::onMessage(const msglyr::Message& message, TimePoint now) {
   }
   lastStatus_ = reply.status;
   lastMessage_ = reply.message;
-  end(*request);
   judge_.judge(request->event, &reply);
-  if (request->kind == RequestKind::Register) {
-    onRegisterReply(reply, now);
-  } else if (request->kind != RequestKind::Odd) {
-    onRegisteredReply(reply.status, now);
+  onReply(request->kind, reply, now);
+}
+
+void BladeAgent::onReply(RequestKind kind, const Reply& reply, TimePoint now) {
+  switch (kind) {
+    case RequestKind::Register:
+      onRegisterReply(reply, now);
+      return;
+    case RequestKind::Beat:
+      membership_.onBeatReply(reply.status, now);
+      return;
+    case RequestKind::Odd:
+      return;
+    case RequestKind::Report:
+      reporter_.onReportEnd();
+      [[fallthrough]];
+    default:
+      membership_.onOtherReply(reply.status, now);
   }
 }
 
 void BladeAgent::onRegisterReply(const Reply& reply, TimePoint now) {
-  gatewayKey_ = reply.zedPubKey;
-  if (registeredWith_ != token_) {  // the verdict is on a token that the blade no longer holds
-    nextSend_ = now;
+  if (!membership_.onRegisterReply(reply, now)) {
     return;
   }
-  if (reply.status == kStatusOk) {
-    state_ = State::Registered;
-    if (token_ != reply.token) {
-      note(TokenKept{reply.token});
-    }
-    backoff_.reset();
-    // The first beats of blades that registered together are spread over one interval.
-    nextSend_ = now + settings_.beat * (1 + settings_.seed % 16) / 16;
-    reporter_.start(now);
-    return;
+  if (token() != reply.token) {
+    note(TokenKept{reply.token});
   }
-  state_ = reply.status == kStatusNotRecognised ? State::Refused : State::Unregistered;
-  nextSend_ = now + backoff_.next();
+  reporter_.start(now);
 }
 
 void BladeAgent::onCommand(const std::string& peer, const msglyr::Message& message, TimePoint now) {
@@ -346,11 +282,9 @@ void BladeAgent::die(TimePoint now, Duration lasts) {
   }
   reporter_.forget();
   desk_.forget();
-  backoff_.reset();
-  state_ = State::Unregistered;
   deadUntil_ = now + lasts;
   silentUntil_ = std::max(silentUntil_, deadUntil_);
-  nextSend_ = deadUntil_;
+  membership_.forget(deadUntil_);
 }
 
 // What a command changed shows in the next report, which comes at once. A format of the disk makes
@@ -361,25 +295,10 @@ void BladeAgent::onWorkEnd(const Operation& operation, TimePoint now) {
   }
   if (operation.plan().token) {
     note(DiskFormatted{*operation.plan().token});
-    state_ = State::Unregistered;
-    nextSend_ = now;
+    membership_.restart(now);
   }
   if (settings_.reports.every.count() > 0) {
     reporter_.report(std::nullopt);
-  }
-}
-
-void BladeAgent::onRegisteredReply(unsigned status, TimePoint now) {
-  if (status == kStatusOk) {
-    backoff_.reset();
-    return;
-  }
-  if (state_ != State::Registered) {
-    return;
-  }
-  if (status == kStatusRegisterAgain || status == kStatusNotRecognised) {
-    state_ = status == kStatusRegisterAgain ? State::Unregistered : State::Refused;
-    nextSend_ = now + backoff_.next();
   }
 }
 

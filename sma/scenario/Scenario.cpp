@@ -210,7 +210,7 @@ void Scenario::apply(BladeAgent::Settings& settings) const {
       continue;
     }
     if (script.token) {
-      settings.token = *script.token;
+      settings.membership.token = *script.token;
     }
     for (const auto& [ref, change] : script.apps) {
       settings.appChanges.push_back(change);

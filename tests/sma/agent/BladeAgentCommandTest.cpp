@@ -32,7 +32,7 @@ msglyr::Message stopCommand() {
 
 TEST_F(BladeAgentTest, ForeignBladeThatIsFormatted_ReportsItAndRegistersWithTheNewToken) {
   auto with = settings();
-  with.token = "foreign";
+  with.membership.token = "foreign";
   with.apps = 2;
   with.commands.jitter = 0;
   auto agent = blade(with);
@@ -59,7 +59,7 @@ TEST_F(BladeAgentTest, ForeignBladeThatIsFormatted_ReportsItAndRegistersWithTheN
 
 TEST_F(BladeAgentTest, VerdictOnATokenFromBeforeTheFormat_IsPassedOver) {
   auto with = settings();
-  with.token = "foreign";
+  with.membership.token = "foreign";
   with.commands.time = milliseconds(100);
   with.commands.jitter = 0;
   auto agent = blade(with);
@@ -180,7 +180,7 @@ TEST_F(BladeAgentTest, BeginOfACommand_IsNotedBeforeItsReply) {
 
 TEST_F(BladeAgentTest, FormattedBladeInAnotherLife_HasNoInstances) {
   auto with = settings();
-  with.token = "foreign";
+  with.membership.token = "foreign";
   with.apps = 2;
   auto agent = blade(with);
   agent.recall(DiskFormatted{"t2"});

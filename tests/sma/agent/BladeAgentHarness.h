@@ -23,8 +23,8 @@ class BladeAgentTest : public testing::Test {
   BladeAgent::Settings settings() {
     BladeAgent::Settings settings;
     settings.slot = 3;
-    settings.port = 20003;
-    settings.beat = std::chrono::seconds(1);
+    settings.membership.port = 20003;
+    settings.membership.beat = std::chrono::seconds(1);
     settings.seed = 0;
     return settings;
   }

@@ -61,7 +61,7 @@ TEST_F(BladeAgentTest, BeatRefusedAsUnregistered_RegistersAgainWithItsToken) {
 
 TEST_F(BladeAgentTest, ForeignToken_IsRefusedAndKept) {
   auto with = settings();
-  with.token = "foreign";
+  with.membership.token = "foreign";
   auto agent = blade(with);
   runUntil(agent, milliseconds(0));
   answer(agent, sent_.back()[2], "511", "t1");

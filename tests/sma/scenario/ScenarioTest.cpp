@@ -20,13 +20,13 @@ TEST(Scenario, Scripts_AreAppliedToTheirSlotsOnly) {
   BladeAgent::Settings third;
   third.slot = 3;
   scenario.apply(third);
-  EXPECT_EQ(third.token, "foreign");
+  EXPECT_EQ(third.membership.token, "foreign");
   ASSERT_EQ(third.events.size(), 1U);
   EXPECT_EQ(third.events[0].at, std::chrono::milliseconds(1500));
   BladeAgent::Settings fifth;
   fifth.slot = 5;
   scenario.apply(fifth);
-  EXPECT_EQ(fifth.token, "");
+  EXPECT_EQ(fifth.membership.token, "");
   EXPECT_THAT(fifth.events, IsEmpty());
 }
 
