@@ -105,22 +105,23 @@ void addAmount(CLI::App& app, const std::string& name, std::optional<std::uint32
 Action declareCreate(CLI::App& app) {
   auto id = addAppId(app, true);
   auto description = std::make_shared<AppDescription>();
-  app.add_option("--slot", description->slot, "where it is to run")
+  app.add_option("--slot", description->slot, "where it is to run; needed unless the file tells it")
       ->check(slotNumber())
       ->check(offer(kOfferSlots))
       ->option_text("N");
-  app.add_option("--package", description->package, "where the blade fetches the package")
+  app.add_option("--package", description->package,
+                 "where the blade fetches the package; needed unless the file tells it")
       ->check(shortText())
       ->option_text("URL");
-  app.add_option("--version", description->version, "the package's version")
+  app.add_option("--version", description->version, "the package's version; any unless given")
       ->check(shortText())
       ->option_text("TEXT");
-  app.add_option("--deploy-type", description->deployType, "native, lxc or vm")
+  app.add_option("--deploy-type", description->deployType, "how it is run; native unless given")
       ->check(oneOf({"native", "lxc", "vm"}))
       ->option_text("native|lxc|vm");
-  addAmount(app, "--cores", description->cores, "processor cores");
-  addAmount(app, "--memory", description->memory, "memory in megabytes");
-  addAmount(app, "--disk", description->disk, "data disk in megabytes");
+  addAmount(app, "--cores", description->cores, "processor cores; 1 unless given");
+  addAmount(app, "--memory", description->memory, "memory in megabytes; 1024 unless given");
+  addAmount(app, "--disk", description->disk, "data disk in megabytes; 1024 unless given");
   app.add_flag("--vdp", description->isVdp,
                "it has cluster links and an internal management interface");
   app.add_option("--file", description->file,

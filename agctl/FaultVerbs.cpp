@@ -94,13 +94,20 @@ Action declareSet(CLI::App& app) {
   app.add_option("--bits", fault->bits, "result bits of a command that fails; 1 unless given")
       ->check(wholeNumber(0, std::numeric_limits<std::int32_t>::max()))
       ->option_text("N");
-  app.add_option("--delay-ms", fault->delayMs, "how long it is held")
+  app.add_option("--delay-ms", fault->delayMs,
+                 "how long it is held; of every action, and needed for delay")
       ->check(wholeNumber(1, kMostDelayMs))
       ->option_text("MS");
   app.add_option("--times", fault->times, "how often; for ever unless given")
       ->check(wholeNumber(1, std::numeric_limits<std::uint32_t>::max()))
       ->option_text("N");
   return [hook, fault](Session& session) {
+    if (fault->action == "delay" && !fault->delayMs) {
+      return session.fail({ExitCode::kUsage,
+                           "--action delay needs --delay-ms",
+                           "say for how many milliseconds the command is held: --delay-ms 500",
+                           {}});
+    }
     const auto answer =
         session.server().order("PUT", "/faults/" + encode(*hook), fault->document());
     if (!answer) {
@@ -120,7 +127,7 @@ Action declareSet(CLI::App& app) {
 Action declareClear(CLI::App& app) {
   auto hook = addHook(app);
   auto all = std::make_shared<bool>(false);
-  app.add_flag("--all", *all, "those of all hooks")->excludes("HOOK");
+  app.add_flag("--all", *all, "those of all hooks")->excludes("HOOK")->option_text(" ");
   app.require_option(1);
   return [hook, all](Session& session) {
     const std::string target = *all ? "/faults" : "/faults/" + encode(*hook);
@@ -147,8 +154,8 @@ std::span<const Verb> faultVerbs() {
            "agctl fault set FINJ_POST_ZanDmeFsmSdSlotChangePlatformLogLevelSendCommand "
            "--action own --times 1",
            kPlain, &declareSet},
-      Verb{"clear", "let nothing go wrong at a hook any more", "agctl fault clear --all", kPlain,
-           &declareClear}};
+      Verb{"clear", "let nothing go wrong at a hook any more; give HOOK or --all",
+           "agctl fault clear --all", kPlain, &declareClear}};
   return kVerbs;
 }
 

@@ -1,9 +1,9 @@
 #include "agctl/Grammar.h"
 
-#include <map>
 #include <string>
 #include <string_view>
 
+#include "agctl/HelpFormatter.h"
 #include "agctl/Offer.h"
 
 #ifndef ZAN_VERSION
@@ -37,11 +37,13 @@ void declareCommon(CLI::App& app, Options& options) {
       ->check(offer(kOfferFiles))
       ->option_text("FILE")
       ->excludes(socket);
-  app.add_option("-o,--output", options.format,
-                 "table, or json: the supervisor's documents, one a line")
-      ->transform(CLI::CheckedTransformer(
-          std::map<std::string, Format>{{"table", Format::kTable}, {"json", Format::kJson}}))
-      ->check(offerWords({"table", "json"}))
+  app.add_option_function<std::string>(
+         "-o,--output",
+         [&options](const std::string& word) {
+           options.format = word == "json" ? Format::kJson : Format::kTable;
+         },
+         "table, or json: the supervisor's documents, one a line")
+      ->check(oneOf({"table", "json"}))
       ->option_text("table|json");
   app.add_option("--timeout", options.timeout,
                  "how long to wait for the supervisor's answer (30 unless given) and, with "
@@ -114,6 +116,7 @@ void declareVerb(CLI::App& noun, const Verb& verb, CommandLine& line) {
 
 std::unique_ptr<CLI::App> makeGrammar(CommandLine& line) {
   auto app = std::make_unique<CLI::App>("Command line of a chassis' supervisor.", "agctl");
+  app->formatter(std::make_shared<HelpFormatter>());
   declareCommon(*app, line.options);
   for (const Noun& noun : nouns()) {
     CLI::App* nounApp = app->add_subcommand(noun.name, noun.summary);

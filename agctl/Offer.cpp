@@ -33,10 +33,17 @@ CLI::Validator offerWords(const std::vector<std::string>& words) {
 }
 
 CLI::Validator oneOf(const std::vector<std::string>& words) {
-  CLI::Validator validator = CLI::IsMember(words);
-  validator.name(kName);
-  validator.description(listed(words));
-  return validator;
+  return {[words](std::string& text) -> std::string {
+            std::string known;
+            for (const std::string& word : words) {
+              if (word == text) {
+                return {};
+              }
+              known += (known.empty() ? "" : ", ") + word;
+            }
+            return "'" + text + "' is none of " + known;
+          },
+          listed(words), kName};
 }
 
 Offered offered(CLI::Option& option) {

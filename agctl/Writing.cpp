@@ -7,7 +7,7 @@ namespace agctl {
 
 std::shared_ptr<Writing> addWriting(CLI::App& app, const std::string& whose) {
   auto writing = std::make_shared<Writing>();
-  auto* group = app.add_option_group("what is written");
+  auto* group = app.add_option_group("What is written, at least one of");
   const auto add = [group](const char* option, std::optional<std::string>& text,
                            const std::string& meaning) {
     group->add_option(option, text, meaning)->check(writtenText())->option_text("TEXT");

@@ -49,6 +49,56 @@ std::vector<std::string> examplesOf(const Verb& verb) {
   return examples;
 }
 
+/// Lines of the help that a terminal of 100 columns would break; examples are for copying as they
+/// are.
+std::string tooWide(const std::string& command) {
+  std::istringstream lines(parse(command + " --help").out);
+  std::string wide;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.size() > 100 && line.find("agctl ") == std::string::npos) {
+      wide += command + ": " + line + "\n";
+    }
+  }
+  return wide;
+}
+
+TEST(CommandLine, HelpFitsIntoATerminal) {
+  EXPECT_EQ(tooWide(""), "");
+  for (const Noun& noun : nouns()) {
+    EXPECT_EQ(tooWide(noun.name), "");
+  }
+  forEachVerb([](const Noun& noun, const Verb& verb) {
+    EXPECT_EQ(tooWide(std::string(noun.name) + " " + verb.name), "");
+  });
+}
+
+TEST(CommandLine, HelpOfOptionsOfWhichSomeAreNeededSaysSo) {
+  EXPECT_THAT(parse("slot set --help").out,
+              HasSubstr("\nWhat is written, at least one of:\n"
+                        "  --serial TEXT               serial number of the blade in it;"));
+  EXPECT_THAT(parse("fault clear --help").out,
+              testing::StartsWith("let nothing go wrong at a hook any more; give HOOK or --all\n"
+                                  "Usage: "));
+}
+
+TEST(CommandLine, WordThatIsNotAmongThoseThatCanBeIsTold) {
+  const struct {
+    const char* line;
+    const char* cause;
+  } rows[] = {
+      {"slot list -o yaml", "agctl: --output: 'yaml' is none of table, json\n"},
+      {"slot log-level 1 loud",
+       "agctl: LEVEL: 'loud' is none of debug, info, warning, error, critical\n"},
+      {"app create a --deploy-type VM", "agctl: --deploy-type: 'VM' is none of native, lxc, vm\n"}};
+  for (const auto& row : rows) {
+    const Parsed parsed = parse(row.line);
+    EXPECT_EQ(parsed.code(), ExitCode::kUsage);
+    EXPECT_THAT(parsed.err, testing::StartsWith(row.cause));
+  }
+  EXPECT_EQ(parse("slot list -o json").line().options.format, Format::kJson);
+  EXPECT_EQ(parse("slot list -o table").line().options.format, Format::kTable);
+}
+
 TEST(CommandLine, ExampleOfEveryVerbIsACommandLineForIt) {
   forEachVerb([](const Noun& noun, const Verb& verb) {
     const std::string start = std::string("agctl ") + noun.name + " " + verb.name;

@@ -118,6 +118,7 @@ class OrderTest(ZeddCase):
 
     def test_faults_are_set_listed_and_cleared(self):
         hook = self.document("fault", "list")["hooks"][0]
+        self.agctl(2, "fault", "set", hook, "--action", "delay", says="remedy: say for how many")
         self.agctl(0, "fault", "set", hook, "--action", "delay", "--delay-ms", 5, "--times", 2)
         self.assertEqual(self.document("fault", "list")["faults"],
                          [{"hook": hook, "action": "delay", "delayMs": 5, "times": 2}])
