@@ -51,6 +51,15 @@ class EngineFixture : public testing::Test {
     return engine ? "opened" : engine.error().text;
   }
 
+  /// Blades in the slots 1 and 2, which beat once.
+  static void admitTwo(Client& client) {
+    client.admit(1);
+    client.admit(2);
+    client.beat(1, 1);
+    client.beat(2, 1);
+    client.settle();
+  }
+
   dme_test::TempDirectory directory_;
 };
 
@@ -114,11 +123,7 @@ TEST_F(EngineTest, ProcessThatStoodStill_HearsBeforeItJudges) {
   const test_support::LogCapture log(5);
   const auto engine = started(config());
   Client client(engine->endPoint());
-  client.admit(1);
-  client.admit(2);
-  client.beat(1, 1);
-  client.beat(2, 1);
-  client.settle();
+  admitTwo(client);
   ASSERT_TRUE(clock.waitForDeadline(kStep));
   clock.advance(seconds(40));
   ASSERT_TRUE(clock.waitForDeadline(milliseconds(1500)));
@@ -137,11 +142,7 @@ TEST_F(EngineTest, BladesFallSilent_AreJudgedAsTimePassesAndHoldActions) {
   const test_support::LogCapture log(5);
   const auto engine = started(config());
   Client client(engine->endPoint());
-  client.admit(1);
-  client.admit(2);
-  client.beat(1, 1);
-  client.beat(2, 1);
-  client.settle();
+  admitTwo(client);
   EXPECT_EQ(engine->status().alive, 2u);
   for (int step = 0; step < 16; ++step) {
     ASSERT_TRUE(clock.waitForDeadline(kStep));

@@ -3,10 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "model/sd/AppInstanceMo.h"
-#include "supervisor/admin/Context.h"
-#include "supervisor/admin/Routes.h"
-#include "tests/supervisor/admin/Asking.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 #include "tests/supervisor/admin/FullApp.h"
 
 namespace supervisor::admin {
@@ -20,7 +17,7 @@ constexpr const char* kShown =
     R"({"id":"a","dn":"sys/chassis-1/slot-3/app-a","slot":3,"phase":"absent","version":"1.2",)"
     R"("packageFile":"/p/fw-1.2.pkg","isFailed":true,"job":9)";
 
-class AppResource : public testing::Test {
+class AppResource : public AdminFixture {
  protected:
   AppResource() {
     engine_.apps_ = {
@@ -30,10 +27,6 @@ class AppResource : public testing::Test {
     engine_.jobAnswer_ = dme::JobView{};
     engine_.jobAnswer_->id = 12;
   }
-
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
-  const Router router_{routes(), context_};
 };
 
 TEST_F(AppResource, Apps_AreListedAllOrOfOneSlot) {

@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "supervisor/admin/Context.h"
-#include "supervisor/admin/Routes.h"
-#include "tests/supervisor/admin/Asking.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 
 namespace supervisor::admin {
 namespace {
@@ -13,12 +10,7 @@ namespace {
 constexpr const char* kChassis = "/api/v1/chassis";
 constexpr const char* kSlot = "/api/v1/slots/3";
 
-class EquipmentResource : public testing::Test {
- protected:
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
-  const Router router_{routes(), context_};
-};
+class EquipmentResource : public AdminFixture {};
 
 TEST_F(EquipmentResource, Change_IsThatOfTheMembersGiven) {
   engine_.equipmentAnswer_ = dme::Equipment{"left", "b1", "B3"};

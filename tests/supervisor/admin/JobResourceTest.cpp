@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "supervisor/admin/Context.h"
 #include "supervisor/admin/JobWait.h"
-#include "supervisor/admin/Routes.h"
-#include "tests/supervisor/admin/Asking.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 
 namespace supervisor::admin {
 namespace {
@@ -14,7 +11,7 @@ namespace {
 using dme::JobState;
 using std::chrono::milliseconds;
 
-class JobResource : public testing::Test {
+class JobResource : public AdminFixture {
  protected:
   JobResource() { change(JobState::kSending, 20); }
 
@@ -38,10 +35,6 @@ class JobResource : public testing::Test {
   static std::string stateIn(const std::optional<Response>& response) {
     return response ? Json::parse(response->body).value("state", "none") : "no answer";
   }
-
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
-  const Router router_{routes(), context_};
 };
 
 TEST_F(JobResource, FreshJob_LeavesOutWhatIsNotThere) {

@@ -2,20 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "supervisor/admin/Context.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 
 namespace supervisor::admin {
 namespace {
 
-class ModelResource : public testing::Test {
+class ModelResource : public AdminFixture {
  protected:
   Response ask(std::map<std::string, std::string> query) {
     return getModel(context_, {"GET", "/api/v1/model", {}, std::move(query), "", ""});
   }
-
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
 };
 
 TEST_F(ModelResource, NoName_IsTheWholeTree) {

@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "supervisor/admin/Context.h"
 #include "supervisor/admin/Json.h"
-#include "supervisor/admin/Routes.h"
-#include "tests/supervisor/admin/Asking.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 
 namespace supervisor::admin {
 namespace {
@@ -20,7 +17,7 @@ constexpr const char* kFresh =
     "\"beats\":{\"received\":0,\"duplicates\":0,\"missed\":0,\"restarts\":0,\"lastCount\":0,"
     "\"lastTimer\":0,\"sinceLastMs\":null}";
 
-class SlotResource : public testing::Test {
+class SlotResource : public AdminFixture {
  protected:
   SlotResource() {
     engine_.slots_.resize(1);
@@ -30,9 +27,6 @@ class SlotResource : public testing::Test {
     return getSlot(context_, {"GET", "/api/v1/slots/" + number, {number}, {}, "", ""});
   }
   Json details() { return Json::parse(ask("4").body); }
-
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
 };
 
 TEST_F(SlotResource, FreshSlot_ShowsWhatIsNotThere) {

@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "supervisor/admin/Context.h"
-#include "supervisor/admin/Routes.h"
-#include "tests/supervisor/admin/Asking.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 
 namespace supervisor::admin {
 namespace {
@@ -24,17 +21,13 @@ const struct {
     {"log-level", JobVerb::kLogLevel, R"({"level":"debug"})"},
 };
 
-class SlotVerbs : public testing::Test {
+class SlotVerbs : public AdminFixture {
  protected:
   SlotVerbs() {
     engine_.jobAnswer_ = dme::JobView{};
     engine_.jobAnswer_->id = 12;
     engine_.jobAnswer_->slot = 3;
   }
-
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
-  const Router router_{routes(), context_};
 };
 
 TEST_F(SlotVerbs, EachVerb_IsOrdered) {

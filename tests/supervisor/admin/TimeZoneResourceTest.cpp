@@ -2,22 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "supervisor/admin/Context.h"
-#include "supervisor/admin/Routes.h"
-#include "tests/supervisor/admin/Asking.h"
-#include "tests/supervisor/admin/FakeEngine.h"
+#include "tests/supervisor/admin/AdminFixture.h"
 
 namespace supervisor::admin {
 namespace {
 
 constexpr const char* kPath = "/api/v1/timezone";
 
-class TimeZoneResource : public testing::Test {
- protected:
-  FakeEngine engine_;
-  Context context_{"1.2.3", &engine_, "inproc://dme", true};
-  const Router router_{routes(), context_};
-};
+class TimeZoneResource : public AdminFixture {};
 
 TEST_F(TimeZoneResource, Zone_IsShownWithItsRules) {
   EXPECT_EQ(ask(router_, "GET", kPath).body, "{\"timezone\":\"UTC\",\"posix\":\"UTC0\"}\n");
