@@ -1,5 +1,9 @@
 #include "dme/chassis/Equipment.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
 #include "dme/base/Text.h"
 #include "model/sd/BladeMo.h"
 #include "model/sd/ChassisMo.h"
@@ -8,6 +12,14 @@
 namespace dme {
 
 namespace {
+
+struct Field {
+  std::string Equipment::*value;
+  std::optional<std::string> EquipmentChange::*change;
+};
+constexpr std::array kFields{Field{&Equipment::name, &EquipmentChange::name},
+                             Field{&Equipment::model, &EquipmentChange::model},
+                             Field{&Equipment::serial, &EquipmentChange::serial}};
 
 tl::unexpected<Refusal> unknownPlace(std::uint32_t slot) {
   return tl::unexpected(Refusal{Refusal::Reason::kUnknownSlot,
@@ -66,7 +78,43 @@ Granted<Equipment> EquipmentSetting::changed(EquipmentPlace place,
   return equipment;
 }
 
-void EquipmentSetting::set(EquipmentPlace place, const Equipment& equipment) {
+void EquipmentSetting::set(EquipmentPlace place, const EquipmentChange& change) {
+  Equipment equipment = at(place).value();
+  Unsettled& unsettled = unsettled_[place];
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    std::string& shown = equipment.*kFields.at(i).value;
+    if (const std::optional<std::string>& wanted = change.*kFields.at(i).change) {
+      unsettled.at(i).change(shown, *wanted);
+      shown = *wanted;
+    }
+  }
+  write(place, equipment);
+}
+
+bool EquipmentSetting::settle(EquipmentPlace place, const EquipmentChange& change, bool isStored) {
+  Equipment equipment = at(place).value();
+  Unsettled& unsettled = unsettled_.at(place);
+  bool isTakenBack = false;
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    if (!(change.*kFields.at(i).change)) {
+      continue;
+    }
+    if (std::optional<std::string> stored = unsettled.at(i).settle(isStored)) {
+      equipment.*kFields.at(i).value = std::move(*stored);
+      isTakenBack = true;
+    }
+  }
+  if (std::all_of(unsettled.begin(), unsettled.end(),
+                  [](const auto& field) { return field.isSettled(); })) {
+    unsettled_.erase(place);
+  }
+  if (isTakenBack) {
+    write(place, equipment);
+  }
+  return isTakenBack;
+}
+
+void EquipmentSetting::write(EquipmentPlace place, const Equipment& equipment) {
   if (!place) {
     Object& chassis = chassis_.object();
     store_.set(chassis, sd::ChassisMo::kLabel, base::String(equipment.name));

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
 #include "dme/base/Refusal.h"
+#include "dme/base/UnsettledValue.h"
 #include "dme/chassis/Chassis.h"
 
 namespace dme {
@@ -42,12 +45,20 @@ class EquipmentSetting {
   /// What it would be. Refused is a text that is not plain, or that stands for nothing in a
   /// command.
   Granted<Equipment> changed(EquipmentPlace place, const EquipmentChange& change) const;
-  /// Writes all of it; the place is there.
-  void set(EquipmentPlace place, const Equipment& equipment);
+  /// Writes what changed() has granted. settle() is to be told of each such change, in their order.
+  void set(EquipmentPlace place, const EquipmentChange& change);
+  /// The change was stored, or not: then it is taken back. True when that wrote something.
+  bool settle(EquipmentPlace place, const EquipmentChange& change, bool isStored);
 
  private:
+  /// By the fields' order.
+  using Unsettled = std::array<UnsettledValue<std::string>, 3>;
+
+  void write(EquipmentPlace place, const Equipment& equipment);
+
   ObjectStore& store_;
   Chassis& chassis_;
+  std::map<EquipmentPlace, Unsettled> unsettled_;  // those of which changes are on their way
 };
 
 }  // namespace dme

@@ -1,5 +1,7 @@
 #include "dme/chassis/TimeSetting.h"
 
+#include <optional>
+
 #include "framework/utils/TimeZoneCache.h"
 #include "model/comm/DateTimeMo.h"
 
@@ -26,6 +28,17 @@ std::string TimeSetting::zone() const {
 }
 
 void TimeSetting::setZone(const std::string& zone) {
+  unsettled_.change(this->zone(), zone);
+  write(zone);
+}
+
+void TimeSetting::settle(bool isStored) {
+  if (const std::optional<std::string> stored = unsettled_.settle(isStored)) {
+    write(*stored);
+  }
+}
+
+void TimeSetting::write(const std::string& zone) {
   store_.set(store_.create<DateTimeMo>(kName), DateTimeMo::kTimeZone, base::String(zone));
 }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "dme/base/UnsettledValue.h"
 #include "dme/store/ObjectStore.h"
 #include "framework/method/Config.h"
 
@@ -17,7 +18,10 @@ class TimeSetting {
   static const mo::Dn& name();
   /// "UTC" unless set.
   std::string zone() const;
+  /// settle() is to be told of each zone, in their order.
   void setZone(const std::string& zone);
+  /// The zone was stored, or not: then it is taken back.
+  void settle(bool isStored);
   /// What a blade is told of it.
   method::Config snapshot(const std::string& zone) const;
 
@@ -25,7 +29,10 @@ class TimeSetting {
   static bool isZone(const std::string& zone);
 
  private:
+  void write(const std::string& zone);
+
   ObjectStore& store_;
+  UnsettledValue<std::string> unsettled_;
 };
 
 }  // namespace dme

@@ -189,19 +189,16 @@ const Job* Jobs::jobOf(const Object& instance) const {
 
 Granted<void> Jobs::describe(EquipmentPlace place, const EquipmentChange& change,
                              Done<Equipment> done) {
-  const Granted<Equipment> before = equipment_.at(place);
   const Granted<Equipment> wanted = equipment_.changed(place, change);
   if (!wanted) {
     return tl::unexpected(wanted.error());
   }
-  equipment_.set(place, *wanted);
-  ledger_.commitAndTell<Equipment>(*wanted, std::move(done),
-                                   [this, place, before = *before](bool isStored) {
-                                     if (!isStored) {
-                                       equipment_.set(place, before);
-                                       ledger_.commit();
-                                     }
-                                   });
+  equipment_.set(place, change);
+  ledger_.commitAndTell<Equipment>(*wanted, std::move(done), [this, place, change](bool isStored) {
+    if (equipment_.settle(place, change, isStored)) {
+      ledger_.commit();
+    }
+  });
   return {};
 }
 
@@ -210,7 +207,6 @@ Granted<void> Jobs::setTimeZone(const std::string& zone, Done<std::vector<JobVie
     return tl::unexpected(Refusal{Reason::kBadValue, oneLine(zone) + " is no time zone",
                                   "name one of the system's, as in Europe/Berlin", 0, "timezone"});
   }
-  const std::string before = time_.zone();
   time_.setZone(zone);
   std::vector<std::uint64_t> replaced;
   std::vector<JobView> views;
@@ -226,10 +222,8 @@ Granted<void> Jobs::setTimeZone(const std::string& zone, Done<std::vector<JobVie
     ids.push_back(view.id);
   }
   ledger_.commitAndTell<std::vector<JobView>>(std::move(views), std::move(done),
-                                              [this, ids, replaced, before](bool isStored) {
-                                                if (!isStored) {
-                                                  time_.setZone(before);
-                                                }
+                                              [this, ids, replaced](bool isStored) {
+                                                time_.settle(isStored);
                                                 cancelled(replaced, isStored);
                                                 made(ids, isStored);
                                               });

@@ -3,7 +3,9 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "tests/dme/running/JobFixture.h"
 #include "tests/dme/support/DiskFaults.h"
@@ -35,7 +37,7 @@ class NotStoredTest : public dme_test::JobFixture {
   /// A job of slot 3 with an unknown end, whose answer may still come.
   std::uint64_t overdue() {
     gateway_->admit(3);
-    const std::uint64_t id = ordered(forSlot(JobVerb::kClearSystemLogs, 3));
+    const std::uint64_t id = ordered(forSlot(JobVerb::kLogLevel, 3));
     gateway_->waitForStage(1);
     pass(seconds(30));
     waitFor(id, JobState::kUnknown);
@@ -46,6 +48,12 @@ class NotStoredTest : public dme_test::JobFixture {
     auto outcome = std::make_shared<std::promise<Granted<T>>>();
     call([outcome](Granted<T> granted) { outcome->set_value(std::move(granted)); });
     return outcome->get_future();
+  }
+  std::future<Granted<Equipment>> describeInBackground(const EquipmentChange& change) {
+    return inBackground<Equipment>([&](auto done) { engine_->describe(3, change, done); });
+  }
+  std::future<Granted<std::vector<JobView>>> setTimeZoneInBackground(const std::string& zone) {
+    return inBackground<std::vector<JobView>>([&](auto done) { engine_->setTimeZone(zone, done); });
   }
   std::future<Granted<JobView>> cancelInBackground(std::uint64_t id) {
     return inBackground<JobView>([&](auto done) { engine_->cancelJob(id, done); });
@@ -172,6 +180,72 @@ TEST_F(NotStoredTest, TimeZone_TheEarlierOneIsStillTold) {
     gateway_->succeed(gateway_->waitForStage(i));
   }
   EXPECT_EQ(waitFor(jobs->back().id, JobState::kSucceeded).argument, "Europe/Berlin");
+}
+
+// ----- Values -------------------------------------------------------------------------------
+
+TEST_F(NotStoredTest, Describe_TheEarlierValueIsThere) {
+  ASSERT_TRUE(dme_test::describe(*engine_, 3, {"left", {}, {}}));
+  disk_.fill();
+  EXPECT_EQ(refusalOf(dme_test::describe(*engine_, 3, {"right", {}, {}})), kNotStored);
+  freeDisk();
+  EXPECT_EQ(engine_->equipment(3)->name, "left");
+  open();
+  EXPECT_EQ(engine_->equipment(3)->name, "left");
+}
+
+TEST_F(NotStoredTest, TwoDescribesAtOnce_TheStoredValueIsThere) {
+  ASSERT_TRUE(dme_test::describe(*engine_, 3, {"left", {}, {}}));
+  disk_.hold();
+  auto first = describeInBackground({"right", {}, {}});
+  ASSERT_TRUE(disk_.waitUntilHeld());
+  auto second = describeInBackground({"middle", {}, {}});
+  disk_.fill();
+  EXPECT_EQ(refusalOf(first.get()), kNotStored);
+  EXPECT_EQ(refusalOf(second.get()), kNotStored);
+  freeDisk();
+  EXPECT_EQ(engine_->equipment(3)->name, "left");
+}
+
+TEST_F(NotStoredTest, DescribeBeforeOneThatIsStored_TheLaterValueIsThere) {
+  ASSERT_TRUE(dme_test::describe(*engine_, 3, {"left", {}, {}}));
+  disk_.hold();
+  auto first = describeInBackground({"right", {}, {}});
+  ASSERT_TRUE(disk_.waitUntilHeld());
+  auto second = describeInBackground({"middle", {}, {}});
+  disk_.refuseOnce();
+  disk_.release();
+  EXPECT_EQ(refusalOf(first.get()), kNotStored);
+  EXPECT_TRUE(second.get());
+  freeDisk();
+  EXPECT_EQ(engine_->equipment(3)->name, "middle");
+}
+
+TEST_F(NotStoredTest, DescribeBeforeOneOfAnotherField_OnlyItsOwnIsTakenBack) {
+  ASSERT_TRUE(dme_test::describe(*engine_, 3, {"left", {}, {}}));
+  disk_.hold();
+  auto first = describeInBackground({"right", {}, {}});
+  ASSERT_TRUE(disk_.waitUntilHeld());
+  auto second = describeInBackground({{}, {}, "B9"});
+  disk_.refuseOnce();
+  disk_.release();
+  EXPECT_EQ(refusalOf(first.get()), kNotStored);
+  EXPECT_TRUE(second.get());
+  freeDisk();
+  EXPECT_EQ(engine_->equipment(3), (Equipment{"left", "", "B9"}));
+}
+
+TEST_F(NotStoredTest, TwoTimeZonesAtOnce_TheStoredOneIsThere) {
+  ASSERT_TRUE(dme_test::setTimeZone(*engine_, "Europe/Berlin"));
+  disk_.hold();
+  auto first = setTimeZoneInBackground("Asia/Tokyo");
+  ASSERT_TRUE(disk_.waitUntilHeld());
+  auto second = setTimeZoneInBackground("Europe/Rome");
+  disk_.fill();
+  EXPECT_EQ(refusalOf(first.get()), kNotStored);
+  EXPECT_EQ(refusalOf(second.get()), kNotStored);
+  freeDisk();
+  EXPECT_EQ(engine_->timeZone(), "Europe/Berlin");
 }
 
 }  // namespace

@@ -60,6 +60,9 @@ DiskFaults::~DiskFaults() {
 void DiskFaults::fill() {
   const std::lock_guard lock(mutex_);
   isFull_ = true;
+  isHeld_ = false;
+  hasHeld_ = false;
+  changed_.notify_all();
 }
 
 void DiskFaults::refuseOnce() {

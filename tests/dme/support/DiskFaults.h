@@ -15,7 +15,7 @@ class DiskFaults {
   DiskFaults(const DiskFaults&) = delete;
   DiskFaults& operator=(const DiskFaults&) = delete;
 
-  /// From now on writes find no space.
+  /// From now on writes find no space, those that hang included.
   void fill();
   /// The next write, or the one that hangs, finds no space.
   void refuseOnce();
