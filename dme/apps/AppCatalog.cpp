@@ -98,9 +98,17 @@ Granted<Object*> AppCatalog::mayRemove(std::string_view id) const {
   return instance;
 }
 
-void AppCatalog::remove(Object& instance) {
+std::vector<Object> AppCatalog::remove(Object& instance) {
+  std::vector<Object> removed = store_.copy(instance.dn());
   instances_.drop(slotOf(instance), instance);
   store_.remove(mo::Dn(instance.dn()));
+  return removed;
+}
+
+void AppCatalog::restore(const std::vector<Object>& removed) {
+  store_.restore(removed);
+  Object& instance = *store_.find(removed.front().dn());
+  instances_.add(slotOf(instance), instance);
 }
 
 std::uint32_t AppCatalog::slotOf(const Object& instance) const {

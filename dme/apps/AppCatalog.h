@@ -28,7 +28,10 @@ class AppCatalog {
   Granted<Object*> create(std::uint32_t slot, const mo::Mo& description);
   /// Whether the instance's description can go: nothing of it must be on a blade.
   Granted<Object*> mayRemove(std::string_view id) const;
-  void remove(Object& instance);
+  /// The instance as it was, with all below it.
+  std::vector<Object> remove(Object& instance);
+  /// Takes a removal back.
+  void restore(const std::vector<Object>& removed);
 
   /// Null when there is none.
   Object* find(std::string_view id) const { return instances_.believed(id); }

@@ -52,12 +52,19 @@ std::optional<Jobs::TimePoint> Jobs::deadline() const {
   return store && job ? std::min(*store, *job) : store ? store : job;
 }
 
+Granted<Job> Jobs::plan(const JobOrder& order) const {
+  if (isForApp(order.verb) && isUnsettled(order.app)) {
+    return tl::unexpected(unknownApp(order.app));
+  }
+  return checks_.plan(order, clock_.timeOfDay());
+}
+
 Granted<JobView> Jobs::wouldOrder(const JobOrder& order) const {
-  return checks_.plan(order, clock_.timeOfDay()).map([](Job&& job) { return std::move(job.view); });
+  return plan(order).map([](Job&& job) { return std::move(job.view); });
 }
 
 Granted<void> Jobs::order(const JobOrder& order, Done<JobView> done) {
-  Granted<Job> planned = checks_.plan(order, clock_.timeOfDay());
+  Granted<Job> planned = plan(order);
   if (!planned) {
     return tl::unexpected(std::move(planned.error()));
   }
@@ -122,15 +129,22 @@ Granted<void> Jobs::cancel(std::uint64_t id, Done<JobView> done) {
 }
 
 Granted<void> Jobs::createApp(std::uint32_t slot, const mo::Mo& description, Done<AppView> done) {
+  const std::string id = description.get(sd::AppInstanceMo::kAppInstanceId).str();
+  if (isUnsettled(id) && catalog_.find(id) == nullptr) {
+    return tl::unexpected(Refusal{Reason::kAlreadyThere,
+                                  "application instance " + id + " is being deleted",
+                                  "try again when that is stored"});
+  }
   const Granted<Object*> created = catalog_.create(slot, description);
   if (!created) {
     return tl::unexpected(created.error());
   }
   const AppView view = viewOf(**created);
-  ledger_.commitAndTell<AppView>(view, std::move(done), [this, id = view.id](bool isStored) {
-    Object* const instance = isStored ? nullptr : catalog_.find(id);
-    if (instance != nullptr && jobOf(*instance) == nullptr) {
-      catalog_.remove(*instance);
+  unsettledApps_.insert(id);
+  ledger_.commitAndTell<AppView>(view, std::move(done), [this, id](bool isStored) {
+    unsettledApps_.erase(id);
+    if (!isStored) {
+      catalog_.remove(*catalog_.find(id));
       ledger_.commit();
     }
   });
@@ -138,6 +152,9 @@ Granted<void> Jobs::createApp(std::uint32_t slot, const mo::Mo& description, Don
 }
 
 Granted<AppView> Jobs::wouldDeleteApp(const std::string& id) const {
+  if (isUnsettled(id)) {
+    return tl::unexpected(unknownApp(id));
+  }
   const Granted<Object*> instance = catalog_.mayRemove(id);
   if (!instance) {
     return tl::unexpected(instance.error());
@@ -153,8 +170,16 @@ Granted<void> Jobs::deleteApp(const std::string& id, Done<AppView> done) {
   if (!view) {
     return tl::unexpected(std::move(view.error()));
   }
-  catalog_.remove(*catalog_.find(id));
-  ledger_.commitAndTell<AppView>(std::move(*view), std::move(done), {});
+  unsettledApps_.insert(id);
+  ledger_.commitAndTell<AppView>(
+      std::move(*view), std::move(done),
+      [this, id, removed = catalog_.remove(*catalog_.find(id))](bool isStored) {
+        unsettledApps_.erase(id);
+        if (!isStored) {
+          catalog_.restore(removed);
+          ledger_.commit();
+        }
+      });
   return {};
 }
 

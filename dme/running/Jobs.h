@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -77,10 +78,13 @@ class Jobs {
   void catchUp();
 
  private:
+  Granted<Job> plan(const JobOrder& order) const;
   JobView accept(Job job);
   /// What follows from the outcome of the transaction that made the jobs, or gave them up.
   void made(const std::vector<std::uint64_t>& ids, bool isStored);
   void cancelled(const std::vector<std::uint64_t>& ids, bool isStored);
+  /// Whether the instance's description is being made or deleted. Nothing can be done with it then.
+  bool isUnsettled(const std::string& app) const { return unsettledApps_.contains(app); }
   AppView viewOf(const Object& instance) const;
   const Job* jobOf(const Object& instance) const;
   /// Gives up what the slot's blade was not told yet of an earlier zone.
@@ -98,6 +102,7 @@ class Jobs {
   GatewayCalls gateway_;
   JobRunner runner_;
   JobListener listener_;
+  std::set<std::string> unsettledApps_;  // which are being made or deleted, until that is stored
 };
 
 }  // namespace dme

@@ -215,6 +215,29 @@ void ObjectStore::remove(const mo::Dn& dn) {
   }
 }
 
+std::vector<Object> ObjectStore::copy(const mo::Dn& dn) const {
+  std::vector<Object> copies;
+  if (const auto itself = objects_.find(dn); itself != objects_.end()) {
+    copies.push_back(*itself->second);
+    const std::string prefix = dn.text().str() + "/";
+    for (auto next = objects_.lower_bound(mo::Dn(prefix));
+         next != objects_.end() && next->first.text().str().starts_with(prefix); ++next) {
+      copies.push_back(*next->second);
+    }
+  }
+  return copies;
+}
+
+void ObjectStore::restore(const std::vector<Object>& copies) {
+  for (const Object& copy : copies) {
+    Object& object = create(copy.dn(), copy.classInfo());
+    object.values_ = copy.values_;
+    for (const mo::PropertyInfo& info : object.class_->properties) {
+      stage(object, info.id);
+    }
+  }
+}
+
 bool ObjectStore::set(Object& object, std::uint32_t propertyId, method::Value value) {
   const method::Value* const held = object.values_.find(propertyId);
   const bool isSet = !std::holds_alternative<std::monostate>(value);

@@ -96,6 +96,10 @@ class ObjectStore {
   Object& create(const mo::Dn& dn, const mo::ClassInfo& classInfo);
   /// Removes the object, if it is there, and everything below it.
   void remove(const mo::Dn& dn);
+  /// The object and those below it, as they are; none when it is not there.
+  std::vector<Object> copy(const mo::Dn& dn) const;
+  /// Makes copied objects, which have been removed, again.
+  void restore(const std::vector<Object>& copies);
 
   template <class T>
   void set(Object& object, const mo::Property<T>& property, const std::type_identity_t<T>& value) {

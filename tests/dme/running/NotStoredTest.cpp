@@ -248,5 +248,49 @@ TEST_F(NotStoredTest, TwoTimeZonesAtOnce_TheStoredOneIsThere) {
   EXPECT_EQ(engine_->timeZone(), "Europe/Berlin");
 }
 
+// ----- Application instances ----------------------------------------------------------------
+
+TEST_F(NotStoredTest, Delete_TheInstanceIsThereAsItWas) {
+  describe("a1", 3);
+  const auto before = engine_->model(mo::Dn("sys/chassis-1/slot-3"));
+  disk_.fill();
+  EXPECT_EQ(refusalOf(dme_test::remove(*engine_, "a1")), kNotStored);
+  freeDisk();
+  EXPECT_TRUE(engine_->model(mo::Dn("sys/chassis-1/slot-3")) == before);
+  open();
+  gateway_->admit(3);
+  EXPECT_TRUE(order(*engine_, forApp(JobVerb::kInstall, "a1"))) << "with all that it needs";
+}
+
+TEST_F(NotStoredTest, WhileADeleteIsOnItsWay_NoOtherOfThatNameIsMade) {
+  describe("a1", 3);
+  disk_.hold();
+  auto removed = inBackground<AppView>([&](auto done) { engine_->deleteApp("a1", done); });
+  ASSERT_TRUE(disk_.waitUntilHeld());
+  EXPECT_EQ(refusalOf(dme_test::create(*engine_, 4, dme_test::instance("a1"))),
+            "alreadyThere: application instance a1 is being deleted");
+  EXPECT_EQ(refusalOf(order(*engine_, forApp(JobVerb::kInstall, "a1"))),
+            "unknownApp: there is no application instance 'a1'");
+  disk_.release();
+  EXPECT_TRUE(removed.get());
+  EXPECT_TRUE(dme_test::create(*engine_, 4, dme_test::instance("a1")));
+}
+
+TEST_F(NotStoredTest, WhileACreateIsOnItsWay_NothingIsOrderedOfIt) {
+  disk_.hold();
+  auto created = inBackground<AppView>(
+      [&](auto done) { engine_->createApp(3, dme_test::instance("a1"), done); });
+  ASSERT_TRUE(disk_.waitUntilHeld());
+  const std::string unknown = "unknownApp: there is no application instance 'a1'";
+  EXPECT_EQ(refusalOf(order(*engine_, forApp(JobVerb::kInstall, "a1"))), unknown);
+  EXPECT_EQ(refusalOf(engine_->wouldOrder(forApp(JobVerb::kInstall, "a1"))), unknown);
+  EXPECT_EQ(refusalOf(dme_test::remove(*engine_, "a1")), unknown);
+  disk_.fill();
+  EXPECT_EQ(refusalOf(created.get()), kNotStored);
+  freeDisk();
+  EXPECT_FALSE(engine_->app("a1"));
+  EXPECT_TRUE(dme_test::create(*engine_, 4, dme_test::instance("a1")));
+}
+
 }  // namespace
 }  // namespace dme

@@ -149,6 +149,29 @@ TEST(ObjectStore, RemovedAndMadeAnewBeforeTheCommit_HasOnlyTheNewValues) {
   EXPECT_EQ(store->find(kSlot)->get(sd::SlotMo::kLabel), "n");
 }
 
+TEST(ObjectStore, RemovedAndRestored_IsAsItWasWithAllBelowIt) {
+  const dme_test::TempDirectory directory;
+  {
+    const auto store = openStore(directory.path());
+    for (const char* dn : {"sys", "sys/a", "sys/a/b", "sys/ab"}) {
+      store->set(store->create<sd::SlotMo>(mo::Dn(dn)), sd::SlotMo::kLabel, base::String(dn));
+    }
+    ASSERT_TRUE(commitAndWait(*store));
+    EXPECT_TRUE(store->copy(mo::Dn("sys/nothing")).empty());
+    const std::vector<Object> copies = store->copy(mo::Dn("sys/a"));
+    EXPECT_EQ(copies.size(), 2u);
+    store->remove(mo::Dn("sys/a"));
+    ASSERT_TRUE(commitAndWait(*store));
+    store->restore(copies);
+    ASSERT_TRUE(commitAndWait(*store));
+  }
+  const auto store = openStore(directory.path());
+  EXPECT_EQ(store->size(), 4u);
+  for (const char* dn : {"sys/a", "sys/a/b"}) {
+    EXPECT_EQ(store->find(mo::Dn(dn))->get(sd::SlotMo::kLabel), dn);
+  }
+}
+
 TEST(ObjectStore, ClearedProperty_HasNoValueAfterwards) {
   const dme_test::TempDirectory directory;
   {
