@@ -21,7 +21,7 @@
 namespace dme {
 
 /// What keeps an accepted job from its turn.
-enum class JobObstacle : std::uint8_t { kNone, kNoBlade, kForeignBlade, kNoGateway };
+enum class JobObstacle : std::uint8_t { kNone, kNoBlade, kForeignBlade, kNoGateway, kNotAnnounced };
 
 /// A job that is not final, as the engine works on it.
 struct Job {

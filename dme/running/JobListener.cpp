@@ -23,9 +23,9 @@ JobEvent eventOf(JobVerb verb, const proc::Stimulus::Failure* failure) {
   if (failure == nullptr) {
     return isDoneWithReply(verb) ? JobEvent::kDone : JobEvent::kTaken;
   }
-  const bool isForLogs = verb == JobVerb::kClearAppLogs || verb == JobVerb::kClearSystemLogs;
-  return isForLogs && failure->code == kMixedCode ? JobEvent::kAnswerLost
-                                                  : eventOfStageFailure(failure->code);
+  return !isUnsentToldApart(verb) && failure->code == kMixedCode
+             ? JobEvent::kAnswerLost
+             : eventOfStageFailure(failure->code);
 }
 
 JobReason reasonOf(JobEvent event, JobState state) {
@@ -63,7 +63,7 @@ std::optional<JobVerb> verbReportedAs(std::string_view command) {
 
 void JobListener::heard(PeerId peer, const proc::Address& from) {
   if (gateway_.heard(peer, from)) {
-    runner_.setTurnsDue();
+    runner_.gatewayConnected();
   }
 }
 
@@ -79,6 +79,9 @@ bool JobListener::answered(const base::Buffer& cookie, const proc::Stimulus::Fai
   if (failure != nullptr) {
     note.cause = said("the gateway", failure->text.view(), failure->code);
     note.code = failure->code;
+    if (event == JobEvent::kAnswerLost && failure->code == kMixedCode) {
+      note.cause += ", as it does also when the blade was told and did not answer";
+    }
   }
   if (runner_.apply(*job, event, std::move(note))) {
     ledger_.commit();
@@ -126,6 +129,7 @@ void JobListener::progress(Job& job, const OperationReport& report) {
 }
 
 void JobListener::instancesReported(std::uint32_t slot) {
+  runner_.bladeHeard(slot);
   for (const std::uint64_t id : table().ofSlot(slot)) {
     Job& job = *table().find(id);
     if (job.view.state == JobState::kUnknown) {
@@ -175,10 +179,9 @@ void JobListener::learnPhases(std::uint32_t slot) {
 }
 
 void JobListener::registered(std::uint32_t slot, bool isValid) {
-  runner_.setTurnsDue();
+  runner_.bladeRegistered(slot);
   for (const std::uint64_t id : table().ofSlot(slot)) {
     Job& job = *table().find(id);
-    runner_.bladeRegistered(job);
     // A blade that was valid before registers as such whether its disk was formatted or not.
     if (isValid && job.wasForeign && job.view.verb == JobVerb::kFormatDisk &&
         job.view.state == JobState::kUnknown) {

@@ -57,6 +57,7 @@ void JobRunner::restart() {
 
 void JobRunner::accepted(Job& job) {
   job.deliverBy = clock_.momentOf(job.view.deliverBy, job.view.deliverBy - job.view.acceptedAt);
+  turns_.keepBack(job);
   timers_.file(job, JobClock::now());
 }
 
@@ -207,11 +208,15 @@ void JobRunner::expire(Job& job, TimePoint now) {
   }
 }
 
-void JobRunner::bladeRegistered(Job& job) {
-  turns_.noteForeign(job);
+void JobRunner::bladeRegistered(std::uint32_t slot) {
   const TimePoint now = JobClock::now();
-  if (JobTurns::shortenPause(job, now)) {  // the gateway is about to learn of the blade
-    timers_.file(job, now);
+  turns_.bladeRegistered(slot, now);
+  for (const std::uint64_t id : table().ofSlot(slot)) {
+    Job& job = *table().find(id);
+    turns_.noteForeign(job);
+    if (JobTurns::shortenPause(job, now) || turns_.keepBack(job)) {
+      timers_.file(job, now);
+    }
   }
 }
 

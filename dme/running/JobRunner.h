@@ -54,11 +54,13 @@ class JobRunner {
   /// This has happened to the job: the job as it is then, which is staged; nothing when that
   /// changes nothing. The reference may have ended.
   std::optional<JobView> apply(Job& job, JobEvent event, JobNote note = {});
-  /// Jobs may have their turns now, or wait for something else.
-  void setTurnsDue() { turns_.setDue(); }
-  /// The blade of the job's slot has registered: notes what it is, and ends the pause of a job that
-  /// could not be delivered.
-  void bladeRegistered(Job& job);
+  /// A gateway has connected, to which no blade has registered yet.
+  void gatewayConnected() { turns_.gatewayConnected(); }
+  /// The slot's blade has registered: notes what it is, and ends the pauses of jobs that could not
+  /// be delivered.
+  void bladeRegistered(std::uint32_t slot);
+  /// The gateway takes reports of the slot's blade: it knows it.
+  void bladeHeard(std::uint32_t slot) { turns_.bladeHeard(slot, JobClock::now()); }
 
   std::optional<TimePoint> deadline() const { return timers_.first(); }
   /// Ends what is past its time and lets jobs take their turns.

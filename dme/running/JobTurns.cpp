@@ -63,6 +63,32 @@ bool JobTurns::shortenPause(Job& job, TimePoint now) {
   return true;
 }
 
+void JobTurns::gatewayConnected() {
+  knownFrom_.clear();
+  setDue();
+}
+
+void JobTurns::bladeRegistered(std::uint32_t slot, TimePoint now) {
+  knownFrom_[slot] = now + kFirstPause;
+  setDue();
+}
+
+void JobTurns::bladeHeard(std::uint32_t slot, TimePoint now) {
+  if (knownFrom_.emplace(slot, now).second) {
+    setDue();
+  }
+}
+
+bool JobTurns::keepBack(Job& job) const {
+  const auto known = knownFrom_.find(job.view.slot);
+  if (job.view.state != JobState::kAccepted || isUnsentToldApart(job.view.verb) ||
+      known == knownFrom_.end() || job.dueFrom >= known->second) {
+    return false;
+  }
+  job.dueFrom = known->second;
+  return true;
+}
+
 sd::Admission JobTurns::admissionOf(const JobView& job) const {
   const Object* const slot = chassis_.slot(job.slot);
   return slot != nullptr ? static_cast<sd::Admission>(slot->get(sd::SlotMo::kAdmission))
@@ -79,7 +105,11 @@ JobObstacle JobTurns::obstacleOf(const JobView& job) const {
   if (admission != sd::Admission::kValid && !(isForeign && job.verb == JobVerb::kFormatDisk)) {
     return isForeign ? JobObstacle::kForeignBlade : JobObstacle::kNoBlade;
   }
-  return gateway_.isConnected() ? JobObstacle::kNone : JobObstacle::kNoGateway;
+  if (!gateway_.isConnected()) {
+    return JobObstacle::kNoGateway;
+  }
+  const bool isKeptBack = !isUnsentToldApart(job.verb) && !knownFrom_.contains(job.slot);
+  return isKeptBack ? JobObstacle::kNotAnnounced : JobObstacle::kNone;
 }
 
 JobNote JobTurns::waiting(const JobView& job) const {
@@ -91,6 +121,9 @@ JobNote JobTurns::waiting(const JobView& job) const {
       return {JobReason::kWaitsForBlade, "the blade in " + slot + " must be formatted"};
     case JobObstacle::kNoGateway:
       return {JobReason::kWaitsForBlade, "no gateway has connected"};
+    case JobObstacle::kNotAnnounced:
+      return {JobReason::kWaitsForBlade,
+              "the blade in " + slot + " has not registered since the gateway connected"};
     case JobObstacle::kNone:
       break;
   }

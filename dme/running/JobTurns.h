@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <set>
 
 #include "dme/chassis/Chassis.h"
@@ -48,6 +49,16 @@ class JobTurns {
   /// Ends an accepted job's pause after the shortest one. False when it ends by then anyway.
   static bool shortenPause(Job& job, TimePoint now);
 
+  /// A gateway has connected. It knows no blade until that has registered.
+  void gatewayConnected();
+  /// The slot's blade has registered. The gateway is about to learn of it, from the answer.
+  void bladeRegistered(std::uint32_t slot, TimePoint now);
+  /// The gateway has passed a report of the slot's blade on.
+  void bladeHeard(std::uint32_t slot, TimePoint now);
+  /// If the gateway would not tell that it did not send the job's command, lets its turn not come
+  /// before the gateway knows the blade. False when that changes nothing.
+  bool keepBack(Job& job) const;
+
   /// Notes of the job whether the blade must be formatted, if it must now.
   void noteForeign(Job& job) const;
 
@@ -63,8 +74,9 @@ class JobTurns {
   const Chassis& chassis_;
   const GatewayCalls& gateway_;
   JobTable& table_;
-  std::set<std::uint32_t> sending_;  // the slots whose command is with the gateway
-  std::uint32_t lastSlot_ = 0;       // whose turn it was last
+  std::map<std::uint32_t, TimePoint> knownFrom_;  // since when the gateway knows the slot's blade
+  std::set<std::uint32_t> sending_;               // the slots whose command is with the gateway
+  std::uint32_t lastSlot_ = 0;                    // whose turn it was last
   bool isDue_ = true;
 };
 

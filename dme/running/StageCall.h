@@ -39,4 +39,10 @@ constexpr bool isDoneWithReply(JobVerb verb) {
          (verb >= JobVerb::kLogLevel && verb != JobVerb::kFormatDisk);
 }
 
+/// Whether the gateway tells a command of this verb that it did not send from one whose answer it
+/// did not get. Else one that the gateway cannot send yet is better kept back.
+constexpr bool isUnsentToldApart(JobVerb verb) {
+  return verb != JobVerb::kClearAppLogs && verb != JobVerb::kClearSystemLogs;
+}
+
 }  // namespace dme

@@ -170,7 +170,7 @@ TEST_F(JobLinkTest, LinkTakesNothing_TheSlotIsFreeForOtherJobs) {
   const std::uint64_t first = ordered(JobVerb::kLogLevel);
   waitForReason(first, JobReason::kNotDelivered);
   setOpen(true);
-  const std::uint64_t second = ordered(JobVerb::kClearSystemLogs);
+  const std::uint64_t second = ordered(JobVerb::kTimeZone);
   waitFor(second, JobState::kSending);
   EXPECT_EQ(jobs_.board().find(first)->state, JobState::kAccepted);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "model/zan_dme/Methods.h"
 #include "tests/dme/running/JobFixture.h"
 
 // Commands that the gateway could not deliver, and when they are tried again.
@@ -32,6 +33,18 @@ class JobRetryTest : public dme_test::JobFixture {
     }
     return id;
   }
+  /// Whether a command for slot 3 that was ordered before is not sent: what is ordered after it is.
+  bool isKeptBack() {
+    const std::uint64_t id = ordered(forSlot(JobVerb::kLogLevel, 3));
+    const auto stage = gateway_->waitForStage(1);
+    using LogLevel = zan_dme::FsmSdSlotChangePlatformLogLevelSendCommandMe;
+    if (stage.as<LogLevel>() == nullptr) {
+      return false;
+    }
+    gateway_->succeed(stage);
+    waitFor(id, JobState::kSucceeded);
+    return true;
+  }
 };
 
 TEST_F(JobRetryTest, PausesGrow) {
@@ -49,6 +62,66 @@ TEST_F(JobRetryTest, BladeThatRegistersEndsALongPause) {
   pass(seconds(1));
   gateway_->succeed(gateway_->waitForStage(7));
   EXPECT_EQ(waitFor(id, JobState::kRunning).attempts, 7u);
+}
+
+TEST_F(JobRetryTest, ClearLogs_WaitUntilTheGatewayKnowsTheBlade) {
+  const std::uint64_t id = ordered(forSlot(JobVerb::kClearSystemLogs, 3));
+  gateway_->admit(3);
+  pass(milliseconds(999));
+  EXPECT_TRUE(isKeptBack()) << "its failure would not tell that nothing was sent";
+  pass(milliseconds(1));
+  gateway_->succeed(gateway_->waitForStage(2));
+  waitFor(id, JobState::kSucceeded);
+}
+
+TEST_F(JobRetryTest, ClearLogsOrderedAfterTheRegistration_WaitAsLong) {
+  gateway_->admit(3);
+  pass(milliseconds(600));
+  const std::uint64_t id = ordered(forSlot(JobVerb::kClearSystemLogs, 3));
+  pass(milliseconds(399));
+  EXPECT_TRUE(isKeptBack());
+  pass(milliseconds(1));
+  gateway_->succeed(gateway_->waitForStage(2));
+  waitFor(id, JobState::kSucceeded);
+}
+
+TEST_F(JobRetryTest, ClearLogsOfABladeThatRegistersAgain_WaitAnew) {
+  gateway_->admit(3);
+  const std::uint64_t id = ordered(forSlot(JobVerb::kClearSystemLogs, 3));
+  pass(milliseconds(600));
+  gateway_->admit(3);
+  pass(milliseconds(999));
+  EXPECT_TRUE(isKeptBack());
+  pass(milliseconds(1));
+  gateway_->succeed(gateway_->waitForStage(2));
+  waitFor(id, JobState::kSucceeded);
+}
+
+TEST_F(JobRetryTest, ClearLogsAfterARestart_WaitUntilTheBladeRegisters) {
+  gateway_->admit(3);
+  open();
+  settle();
+  const std::uint64_t id = ordered(forSlot(JobVerb::kClearSystemLogs, 3));
+  pass(seconds(2));
+  EXPECT_TRUE(isKeptBack());
+  const JobView job = *engine_->job(id);
+  EXPECT_EQ(job.reason, JobReason::kWaitsForBlade);
+  EXPECT_EQ(job.cause, "the blade in slot 3 has not registered since the gateway connected");
+  gateway_->admit(3);
+  pass(seconds(1));
+  gateway_->succeed(gateway_->waitForStage(2));
+  waitFor(id, JobState::kSucceeded);
+}
+
+TEST_F(JobRetryTest, ClearLogsAfterARestart_AreSentWhenTheBladeReports) {
+  gateway_->admit(3);
+  open();
+  settle();
+  const std::uint64_t id = ordered(forSlot(JobVerb::kClearSystemLogs, 3));
+  EXPECT_TRUE(isKeptBack());
+  gateway_->report(3, {});  // which the gateway takes of blades that it knows
+  gateway_->succeed(gateway_->waitForStage(2));
+  waitFor(id, JobState::kSucceeded);
 }
 
 TEST_F(JobRetryTest, BladeInAnotherSlotChangesNothing) {
