@@ -57,10 +57,8 @@ std::optional<AppPhase> phaseAfter(const Job& job, JobState from, JobEvent event
     default:
       return std::nullopt;
   }
-  const bool leavesItAsItWas = job.view.verb == JobVerb::kStart || job.view.verb == JobVerb::kStop;
-  const bool isGuess = event == JobEvent::kCancelled;
-  return !wasTold(job, from, event) || (leavesItAsItWas && !isGuess) ? job.phaseBefore
-                                                                     : AppPhase::kUnsure;
+  // A blade that could not start or stop an instance may say so because it runs, or not, already.
+  return wasTold(job, from, event) ? AppPhase::kUnsure : job.phaseBefore;
 }
 
 void JobConsequences::follow(const Job& job, JobState from, JobEvent event) {

@@ -129,6 +129,27 @@ TEST_F(JobListenerTest, ReportBeforeTheAnswer_Ends) {
   EXPECT_EQ(engine_->app("a1")->phase, AppPhase::kUnsure);
 }
 
+// An instance that has stopped by itself cannot be stopped. It must not stay "started" for ever.
+TEST_F(JobListenerTest, StopOfWhatDoesNotRun_LeavesWhatTheNextReportShows) {
+  gateway_->admit(3);
+  describe("a1", 3);
+  std::size_t stages = 0;
+  const auto carryOut = [&](JobVerb verb, Gateway::Command command, Gateway::Status status) {
+    const std::uint64_t id = ordered(forApp(verb, "a1"));
+    gateway_->succeed(gateway_->waitForStage(++stages));
+    gateway_->progress("a1", command, 100, status, 508);
+    return engine_->job(id)->state;
+  };
+  carryOut(JobVerb::kInstall, Gateway::kInstall, Gateway::kSucceeded);
+  carryOut(JobVerb::kStart, Gateway::kStart, Gateway::kSucceeded);
+  EXPECT_EQ(engine_->app("a1")->phase, AppPhase::kStarted);
+  EXPECT_EQ(carryOut(JobVerb::kStop, Gateway::kStop, Gateway::kFailed), JobState::kFailed);
+  EXPECT_EQ(engine_->app("a1")->phase, AppPhase::kUnsure);
+  gateway_->report(3, {{"a1"}});
+  EXPECT_EQ(engine_->app("a1")->phase, AppPhase::kStopped);
+  ordered(forApp(JobVerb::kStart, "a1"));
+}
+
 TEST_F(JobListenerTest, HostileTexts_BecomeAPieceOfOneLine) {
   gateway_->admit(3);
   const std::uint64_t id = ordered(forSlot(JobVerb::kLogLevel, 3));
