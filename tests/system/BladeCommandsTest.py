@@ -16,6 +16,8 @@ import harness
 
 GATEWAY = "tcp://127.0.0.1:5557"
 LISTEN_BASE = 20000
+# A register request that is lost with a connection is made again after 25 seconds.
+LOST_AND_AGAIN = 40.0
 
 
 def app_document(command, app, **tags):
@@ -397,7 +399,7 @@ class BladeCommandsTest(unittest.TestCase):
         for lasts in (0, 1, 20, 400):
             self.gateway.requests.clear()
             self.control.ask("die", slot=1, lastsMs=lasts)
-            self.gateway.wait_for(lambda: self.gateway.said(1, "register"))
+            self.gateway.wait_for(lambda: self.gateway.said(1, "register"), LOST_AND_AGAIN)
             self.assertEqual(self.gateway.said(1, "register")[0].findtext("token"), "t1")
             self.assertEqual(self.gateway.command(1, "clearLogData", "<clearLogDataRequest/>"),
                              ("100", "OK"))

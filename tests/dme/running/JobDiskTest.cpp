@@ -24,9 +24,9 @@ constexpr std::uint32_t kNoBladeThere = 580;
 class JobDiskTest : public dme_test::JobFixture {
  protected:
   /// A job of slot 3 that was not delivered and has its turn again in a second.
-  std::uint64_t undelivered() {
+  std::uint64_t undelivered(const JobOrder& order = forSlot(JobVerb::kLogLevel, 3)) {
     gateway_->admit(3);
-    const std::uint64_t id = ordered(forSlot(JobVerb::kLogLevel, 3));
+    const std::uint64_t id = ordered(order);
     gateway_->fail(gateway_->waitForStage(1), kNoBladeThere);
     waitForReason(id, JobReason::kNotDelivered);
     return id;
@@ -63,14 +63,13 @@ class JobDiskTest : public dme_test::JobFixture {
 };
 
 TEST_F(JobDiskTest, FullWhenItsTurnComes_IsNotSentBeforeThatIsStored) {
-  const std::uint64_t id = undelivered();
+  JobOrder order = forSlot(JobVerb::kLogLevel, 3);
+  order.deliverWithin = order.finishWithin = minutes(60);  // however slow the disk's thread is
+  const std::uint64_t id = undelivered(order);
   const JobView before = *engine_->job(id);
   const std::uint64_t failures = engine_->status().commits.failures;
   fillBeforeItsTurn();
-  for (int i = 0; i < 5; ++i) {
-    pass(seconds(1));
-  }
-  EXPECT_GT(engine_->status().commits.failures, failures);
+  passUntil([&] { return engine_->status().commits.failures > failures + 1; });
   EXPECT_EQ(gateway_->stages().size(), 1u) << "sent without being durable";
   EXPECT_EQ(engine_->job(id)->revision, before.revision) << "shown without being durable";
 
@@ -88,7 +87,8 @@ TEST_F(JobDiskTest, FullUntilItIsTooLate_FailsAndTellsWhy) {
   passUntil([&] { return engine_->job(id)->state == JobState::kFailed; });
   const JobView job = *engine_->job(id);
   EXPECT_EQ(job.reason, JobReason::kDeliverByPast);
-  EXPECT_EQ(job.cause, "it could not be delivered in time: the disk refuses to write");
+  // Before its turn, or with the first step of that unwritten: which, the disk's thread decides.
+  EXPECT_TRUE(job.cause.ends_with("the disk refuses to write")) << job.cause;
   EXPECT_EQ(gateway_->stages().size(), 1u);
 }
 
