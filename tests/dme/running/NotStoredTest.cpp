@@ -24,7 +24,6 @@ using std::chrono::minutes;
 using std::chrono::seconds;
 
 constexpr const char* kNotStored = "notStored: the disk refuses to write";
-constexpr std::uint32_t kNoAnswer = 578;
 
 class NotStoredTest : public dme_test::JobFixture {
  protected:
